@@ -1,0 +1,128 @@
+// The power solver: the tables that do not depend on the chosen subset of base stations
+// (linear path gains tx by rx, SIR targets, noise in W, limits in W), built once per pair of
+// lists by prepare(), and solve(), which decides for one subset whether every mobile user can
+// be served: an uplink power iteration under power control, then a direct linear solution of
+// the downlink powers. One object lives as long as the program.
+#pragma once
+
+#include <vector>
+
+#include "toolkit/array.h"
+#include "toolkit/list.h"
+#include "toolkit/vector.h"
+
+class Trl_Tx;
+class Trl_Rx;
+class Trl_PathLoss;
+class Trl_RunningStats;
+
+class Trl_Assigner {
+ public:
+  // A dense table of doubles, tx by rx, stored row after row so that one base station's
+  // gains are contiguous. operator() checks its indexes; row() does not.
+  class table {
+   public:
+    table() : row_count(0), column_count(0) {}
+    void make(int rows, int columns);
+    void release();
+    double operator()(int t, int r) const;
+    double* row(int t) { return values.data() + static_cast<size_t>(t) * column_count; }
+    const double* row(int t) const { return values.data() + static_cast<size_t>(t) * column_count; }
+    int rows() const { return row_count; }
+    int columns() const { return column_count; }
+    void set(int t, int r, double value);
+
+   private:
+    int row_count;
+    int column_count;
+    std::vector<double> values;
+  };
+
+  // What prepare() takes from the planner.
+  struct parameters {
+    double tolerance;        // convergence ratio, linear
+    int max_iterations;      // sweeps of the uplink iteration at most
+    bool validate_downlink;  // run the downlink step at all
+    int strategy;            // 0 to 3, see solve()
+    double bandwidth;        // MHz
+    double temperature;      // degrees Celsius
+    parameters();
+  };
+
+  double tolerance;          // linear; 0.03 dB after release
+  table path_gain;           // linear, antenna gains included; [position of tx][number of rx]
+  table downlink_share;      // gamma_down / (orthogonality * gamma_down + 1)
+  std::vector<double> gamma_up;    // rx: Eb/N0 * rate / chip rate
+  std::vector<double> tx_noise;    // tx: W
+  std::vector<double> gamma_down;  // rx
+  std::vector<double> rx_noise;    // rx: W
+  std::vector<double> rx_max_power;  // rx: W
+  std::vector<double> rx_activity;   // rx
+  std::vector<double> tx_max_power;  // tx: W
+  std::vector<double> tx_pilot_power;        // tx: W
+  std::vector<double> tx_max_channel_power;  // tx: W
+  std::vector<double> tx_orthogonality;      // tx
+  int tx_count;
+  int rx_count;
+  bool validate_downlink;
+  double rx_max_power_sum;   // W, the scale of the objective "PS"
+  int max_iterations;
+  int strategy;              // 0 to 3
+
+  Trl_Assigner();
+
+  // Releases the old tables and builds new ones for the two lists. The gains come from the
+  // model in the plain double loop (fill_path_gains).
+  void prepare(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
+               const parameters& settings, Trl_PathLoss& model);
+  // The pieces of prepare(), for a caller that fills the gains its own way:
+  // release and size all tables, then take the lists' values and the settings.
+  void make_tables(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
+                   const parameters& settings);
+  // path_gain[position of tx][number of rx] = model.gain(tx, rx), in list order.
+  void fill_path_gains(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
+                       Trl_PathLoss& model);
+  // SIR targets, the share table and the noise of both sides.
+  void fill_targets_and_noise(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
+                              const parameters& settings);
+  void release();
+
+  void set_strategy(int s) { strategy = s; }
+
+  // Solves for the base stations at the positions with selected[k] != 0 (there are `used`).
+  // Strategy 0: start from below, simultaneous update, fail at once over a limit;
+  // 1: from above, simultaneous, go on; 2: from below, in sequence, fail at once;
+  // 3: from above, in sequence, go on. Other values: false.
+  // On true rx_uplink, serving (a row of the subset per user) and rows (base station number
+  // per row) hold the result, and, when the downlink step ran, rx_downlink and tx_downlink
+  // (W, indexed by base station number) too. The downlink step runs only when both
+  // `validate` and validate_downlink are set.
+  bool solve(int used, tk::vector& rx_downlink, tk::vector& rx_uplink, tk::vector& tx_downlink,
+             tk::array<int>& serving, tk::array<int>& rows, const tk::array<int>& selected,
+             const tk::array<int>& tx_numbers, bool validate, Trl_RunningStats* stats = nullptr);
+
+  // For each user the position with the largest gain; the lowest position wins a tie.
+  void strongest_server(tk::array<int>& serving) const;
+
+ private:
+  bool iterate(int used, Trl_RunningStats* stats);
+  void start_from_below();
+  void start_from_above();
+  void sweep_simultaneous(int used);
+  void sweep_in_sequence(int used);
+  bool over_limit() const;
+  double worst_change() const;
+  bool solve_downlink(int used, tk::vector& rx_downlink, tk::vector& tx_downlink);
+
+  // Work space of one solve, sized once per call: compact rows of the selected base
+  // stations (row c of `gains` is path_gain of the c-th selected position).
+  std::vector<double> gains;     // used * rx_count
+  std::vector<double> shares;    // used * rx_count, rows of downlink_share
+  std::vector<double> row_noise; // used
+  std::vector<int> row_number;   // used: base station number of each row
+  std::vector<double> power;     // rx: p
+  std::vector<double> previous;  // rx: p before the sweep
+  std::vector<double> running;   // rx: the running vector of the in-sequence sweep
+  std::vector<double> interference;  // used: I[c]
+  std::vector<int> server;       // rx: noted server row
+};
