@@ -6,9 +6,13 @@
 #include <istream>
 
 #include "toolkit/d3_point.h"
+#include "toolkit/list.h"
+#include "toolkit/point.h"
 
 class Trl_Grid;
 class Trl_Tx;
+class Trl_RandomRegion;
+class Trl_Terrain;
 
 class Trl_Rx {
  public:
@@ -45,6 +49,22 @@ class Trl_Rx {
   // Reads one record "n x y" into number and the position's x, y; z stays. False at the end
   // of the stream or on a bad token.
   bool read(std::istream& in);
+
+  // Reads a whole mobile user file: each record is a copy of the template at the record's
+  // x, y with `number` from a counter starting at 0 that advances for every record read.
+  // With a terrain a record off it is not kept but counted in `ignored`, a record on it gets
+  // its cell in the height grid. Every record widens low and high, kept or not.
+  // False when the stream failed before its end.
+  static bool read_list(std::istream& in, const Trl_Rx& templ, const Trl_Terrain* terrain,
+                        tk::list<Trl_Rx>& list, tk::point& low, tk::point& high, int& ignored);
+
+  // Uniform mobile users: copies of the template (which carries the user height as z and all
+  // radio values) at drawn points, numbered from 0, appended to the list. Without a terrain
+  // region.count are drawn. With one, nothing is made when the region misses the height
+  // grid; otherwise rounds of up to 100 draws each take the first point on the terrain
+  // (with streets_only only on a cell without a building) until region.count stand.
+  static void generate(tk::list<Trl_Rx>& list, const Trl_Rx& templ, Trl_RandomRegion& region,
+                       bool streets_only, const Trl_Terrain* terrain);
 
   // The reference cell of the angular order, shared by the whole class.
   static void set_reference(const Trl_Tx& tx);

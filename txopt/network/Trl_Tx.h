@@ -12,6 +12,8 @@
 
 class Trl_Grid;
 class Trl_Rx;
+class Trl_RandomRegion;
+class Trl_Terrain;
 
 class Trl_Tx {
  public:
@@ -55,6 +57,23 @@ class Trl_Tx {
   // Reads one record "n x y": label "BS%04d" with n, number -1, cell 0, 0, position (x, y, z),
   // spare -1, status 0; the radio values stay. False at the end of the stream or on a bad token.
   bool read(std::istream& in, double z);
+
+  // Reads a whole base station file: every record is a copy of the template with the
+  // record's label and position (z 0) and `number` from a counter starting at 0, appended to
+  // the list; low and high take in its x, y. False when the stream failed before its end
+  // (garbage in the file); a record cut off by the end of the file is dropped quietly.
+  static bool read_list(std::istream& in, const Trl_Tx& templ, tk::list<Trl_Tx>& list,
+                        tk::point& low, tk::point& high);
+
+  // Random base stations on bare coordinates: region.count copies of the template at drawn
+  // points, labelled "BS%04d" and numbered from 0, appended to the list.
+  static void generate(tk::list<Trl_Tx>& list, const Trl_Tx& templ, Trl_RandomRegion& region);
+  // Random base stations on a terrain: draws until region.count stand on the terrain; on a
+  // building cell z becomes the roof height plus height_over_building (m); with
+  // only_on_building a cell without a building is drawn again.
+  static void generate(tk::list<Trl_Tx>& list, const Trl_Tx& templ, Trl_RandomRegion& region,
+                       const Trl_Terrain& terrain, bool only_on_building,
+                       double height_over_building);
 
   // Base station closest in the plane to the point: the first of equally distant ones;
   // nil for an empty list.

@@ -14,6 +14,7 @@
 class Trl_Tx;
 class Trl_Rx;
 class Trl_PathLoss;
+class Trl_Motorola;
 class Trl_RunningStats;
 
 class Trl_Assigner {
@@ -23,7 +24,7 @@ class Trl_Assigner {
   class table {
    public:
     table() : row_count(0), column_count(0) {}
-    void make(int rows, int columns);
+    void make(int rows, int columns, bool zero);
     void release();
     double operator()(int t, int r) const;
     double* row(int t) { return values.data() + static_cast<size_t>(t) * column_count; }
@@ -85,7 +86,11 @@ class Trl_Assigner {
   // SIR targets, the share table and the noise of both sides.
   void fill_targets_and_noise(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
                               const parameters& settings);
+  // Frees all tables and returns to the state before the first prepare().
   void release();
+
+  // Lets the simple model fill the gain table from two threads (the result is the same).
+  static bool parallel_fill;
 
   void set_strategy(int s) { strategy = s; }
 
@@ -105,8 +110,11 @@ class Trl_Assigner {
   void strongest_server(tk::array<int>& serving) const;
 
  private:
+  void reset();
+  bool fill_simple_gains(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
+                         const Trl_Motorola& model);
   bool iterate(int used, Trl_RunningStats* stats);
-  void start_from_below();
+  void start_from_below(int used);
   void start_from_above();
   void sweep_simultaneous(int used);
   void sweep_in_sequence(int used);
@@ -114,15 +122,15 @@ class Trl_Assigner {
   double worst_change() const;
   bool solve_downlink(int used, tk::vector& rx_downlink, tk::vector& tx_downlink);
 
-  // Work space of one solve, sized once per call: compact rows of the selected base
-  // stations (row c of `gains` is path_gain of the c-th selected position).
-  std::vector<double> gains;     // used * rx_count
-  std::vector<double> shares;    // used * rx_count, rows of downlink_share
-  std::vector<double> row_noise; // used
-  std::vector<int> row_number;   // used: base station number of each row
-  std::vector<double> power;     // rx: p
-  std::vector<double> previous;  // rx: p before the sweep
-  std::vector<double> running;   // rx: the running vector of the in-sequence sweep
-  std::vector<double> interference;  // used: I[c]
-  std::vector<int> server;       // rx: noted server row
+  // Work space of one solve, sized once per call. Row c of the subset is the c-th selected
+  // position: its gains and shares are read in place through these row pointers.
+  std::vector<const double*> gain_rows;
+  std::vector<const double*> share_rows;
+  std::vector<double> row_noise;  // W, per row
+  std::vector<int> row_number;    // base station number of each row
+  std::vector<double> power;      // rx: p
+  std::vector<double> previous;   // rx: p before the sweep
+  std::vector<double> running;    // rx: the running vector of the in-sequence sweep
+  std::vector<double> interference;  // per row: I[c]
+  std::vector<double> server;     // rx: noted server row, kept as a double for the vector blend
 };

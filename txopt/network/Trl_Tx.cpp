@@ -1,0 +1,141 @@
+#include "network/Trl_Tx.h"
+
+#include <cmath>
+#include <limits>
+
+#include "network/Trl_Rx.h"
+#include "network/Trl_RandomRegion.h"
+#include "raster/Trl_Grid.h"
+#include "raster/Trl_Terrain.h"
+
+namespace {
+
+// The system's own zero point of the Celsius scale and Boltzmann's constant (J/K).
+const double zero_celsius = 273.18;
+const double boltzmann = 1.380658e-23;
+
+}  // namespace
+
+Trl_Tx::Trl_Tx()
+    : label("none"),
+      number(-1),
+      cell_i(0),
+      cell_j(0),
+      position(0, 0, 30),
+      spare(0),
+      status(usable),
+      max_power(20),
+      pilot_power(2),
+      max_channel_power(2),
+      gain(std::pow(10.0, 0.9)),
+      noise_factor(std::pow(10.0, 0.5)),
+      orthogonality(0.4) {}
+
+Trl_Tx::Trl_Tx(const tk::d3_point& position, const tk::string& label, int number,
+               double max_power, double pilot_power, double max_channel_power, double gain,
+               double noise_factor, double orthogonality, int status)
+    : label(label),
+      number(number),
+      cell_i(0),
+      cell_j(0),
+      position(position),
+      spare(0),
+      status(status),
+      max_power(max_power),
+      pilot_power(pilot_power),
+      max_channel_power(max_channel_power),
+      gain(gain),
+      noise_factor(noise_factor),
+      orthogonality(orthogonality) {}
+
+void Trl_Tx::set_xy(const tk::point& p) {
+  position = tk::d3_point(p.xcoord(), p.ycoord(), position.zcoord());
+}
+
+void Trl_Tx::set_cell(const Trl_Grid& grid) {
+  const tk::point p(position.xcoord(), position.ycoord());
+  cell_i = grid.column_of(p);
+  cell_j = grid.row_of(p);
+}
+
+double Trl_Tx::noise(double temperature_celsius, double bandwidth) const {
+  return (zero_celsius + temperature_celsius) * boltzmann * bandwidth * noise_factor;
+}
+
+double Trl_Tx::distance(const Trl_Rx& rx) const {
+  const double dz = position.zcoord() - rx.position.zcoord();
+  const double dx = position.xcoord() - rx.position.xcoord();
+  const double dy = position.ycoord() - rx.position.ycoord();
+  return std::sqrt(dz * dz + (dx * dx + dy * dy));
+}
+
+bool Trl_Tx::read(std::istream& in, double z) {
+  int n;
+  double x, y;
+  if (!(in >> n)) return false;
+  if (!(in >> x >> y)) return false;
+  label = tk::string("BS%04d", n);
+  number = -1;
+  cell_i = cell_j = 0;
+  position = tk::d3_point(x, y, z);
+  spare = -1;
+  status = usable;
+  return true;
+}
+
+tk::list_item Trl_Tx::nearest(const tk::list<Trl_Tx>& list, const tk::point& p) {
+  if (list.size() == 1) return list.first();
+  tk::list_item best = nullptr;
+  double best_distance = std::numeric_limits<double>::max();
+  for (tk::list_item it = list.first(); it; it = list.succ(it)) {
+    const Trl_Tx& tx = list[it];
+    const double d = tk::point(tx.position.xcoord(), tx.position.ycoord()).distance(p);
+    if (d < best_distance) {
+      best_distance = d;
+      best = it;
+    }
+  }
+  return best;
+}
+
+int compare_tx_x(const Trl_Tx& a, const Trl_Tx& b) {
+  const double x = a.position.xcoord(), y = b.position.xcoord();
+  return x < y ? -1 : (x > y ? 1 : 0);
+}
+
+int compare_tx_y(const Trl_Tx& a, const Trl_Tx& b) {
+  const double x = a.position.ycoord(), y = b.position.ycoord();
+  return x < y ? -1 : (x > y ? 1 : 0);
+}
+
+bool Trl_Tx::read_list(std::istream& in, const Trl_Tx& templ, tk::list<Trl_Tx>& list,
+                       tk::point& low, tk::point& high) {
+  const double far = std::numeric_limits<double>::max();
+  double xmin = far, ymin = far, xmax = -far, ymax = -far;
+  Trl_Tx record(templ);
+  for (int counter = 0; record.read(in, 0); ++counter) {
+    record.number = counter;
+    list.append(record);
+    const double x = record.position.xcoord(), y = record.position.ycoord();
+    if (x < xmin) xmin = x;
+    if (y < ymin) ymin = y;
+    if (x > xmax) xmax = x;
+    if (y > ymax) ymax = y;
+  }
+  // The end of the file ends every good read, also one cut off in a record; a failure
+  // before it means a token that is no number.
+  if (!in.eof() && in.fail()) return false;
+  low = tk::point(xmin, ymin);
+  high = tk::point(xmax, ymax);
+  return true;
+}
+
+void Trl_Tx::generate(tk::list<Trl_Tx>& list, const Trl_Tx& templ, Trl_RandomRegion& region) {
+  for (int k = 0; k < region.count; ++k) {
+    Trl_Tx tx(templ);
+    tx.set_xy(region.draw());
+    tx.label = tk::string("BS%04d", k);
+    tx.number = k;
+    list.append(tx);
+  }
+}

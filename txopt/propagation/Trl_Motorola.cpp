@@ -1,0 +1,53 @@
+#include "propagation/Trl_Motorola.h"
+
+#include <emmintrin.h>
+
+#include <cmath>
+
+#include "network/Trl_Rx.h"
+#include "network/Trl_Tx.h"
+
+// The two-lane exp and log of the C library's vector math library (libmvec).
+extern "C" __m128d _ZGVbN2v_exp(__m128d);
+extern "C" __m128d _ZGVbN2v_log(__m128d);
+
+Trl_Motorola::Trl_Motorola(double constant, double factor) : constant(constant), factor(factor) {}
+
+double Trl_Motorola::gain(const Trl_Tx& tx, const Trl_Rx& rx) {
+  const double d = tx.distance(rx);
+  const double loss = constant + factor * std::log10(d);
+  const double level = 10 * std::log10(tx.gain * rx.gain) - loss;
+  return std::pow(10.0, level * 0.1);
+}
+
+tk::string Trl_Motorola::description() { return tk::string(""); }
+
+void Trl_Motorola::gain_row(const Trl_Tx& tx, const double* x, const double* y, const double* z,
+                            const double* log_rx_gain, int n, double* out) const {
+  const double tx_x = tx.position.xcoord(), tx_y = tx.position.ycoord();
+  const double tx_z = tx.position.zcoord();
+  const double slope = -factor / 20;  // per ln of the squared distance
+  const double offset = std::log(tx.gain) - constant * std::log(10.0) / 10;
+  const __m128d X = _mm_set1_pd(tx_x), Y = _mm_set1_pd(tx_y), Z = _mm_set1_pd(tx_z);
+  const __m128d K = _mm_set1_pd(slope), A = _mm_set1_pd(offset);
+  int r = 0;
+  for (; r + 2 <= n; r += 2) {
+    const __m128d dz = _mm_sub_pd(Z, _mm_loadu_pd(z + r));
+    const __m128d dx = _mm_sub_pd(X, _mm_loadu_pd(x + r));
+    const __m128d dy = _mm_sub_pd(Y, _mm_loadu_pd(y + r));
+    const __m128d plane = _mm_add_pd(_mm_mul_pd(dx, dx), _mm_mul_pd(dy, dy));
+    const __m128d d2 = _mm_add_pd(_mm_mul_pd(dz, dz), plane);
+    const __m128d level = _mm_add_pd(_mm_mul_pd(K, _ZGVbN2v_log(d2)),
+                                     _mm_add_pd(A, _mm_loadu_pd(log_rx_gain + r)));
+    _mm_storeu_pd(out + r, _ZGVbN2v_exp(level));
+  }
+  for (; r < n; ++r) {
+    // The last odd user goes through the same vector functions, so that every column is
+    // computed alike.
+    const double dz = tx_z - z[r], dx = tx_x - x[r], dy = tx_y - y[r];
+    const double d2 = dz * dz + (dx * dx + dy * dy);
+    const __m128d l = _ZGVbN2v_log(_mm_set1_pd(d2));
+    const __m128d level = _mm_add_pd(_mm_mul_pd(K, l), _mm_set1_pd(offset + log_rx_gain[r]));
+    out[r] = _mm_cvtsd_f64(_ZGVbN2v_exp(level));
+  }
+}

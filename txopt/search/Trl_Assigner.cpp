@@ -1,0 +1,527 @@
+#include "search/Trl_Assigner.h"
+
+#include <smmintrin.h>
+
+#include <cmath>
+#include <algorithm>
+#include <limits>
+#include <thread>
+
+#include "network/Trl_Rx.h"
+#include "network/Trl_Tx.h"
+#include "propagation/Trl_Motorola.h"
+#include "propagation/Trl_PathLoss.h"
+#include "search/Trl_RunningStats.h"
+#include "toolkit/error.h"
+#include "toolkit/matrix.h"
+
+namespace {
+
+const double largest = std::numeric_limits<double>::max();
+
+void index_error() { tk::error_handler(2, "array::entry index out of range"); }
+
+// A vector of the solver read by base station number: the number comes from the caller's
+// arrays and is checked like any toolkit array index.
+double by_number(const std::vector<double>& v, int n) {
+  if (n < 0 || n >= static_cast<int>(v.size())) {
+    index_error();
+    return 0;
+  }
+  return v[n];
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------- table
+
+void Trl_Assigner::table::make(int rows, int columns, bool zero) {
+  row_count = rows < 0 ? 0 : rows;
+  column_count = columns < 0 ? 0 : columns;
+  const size_t size = static_cast<size_t>(row_count) * column_count;
+  if (zero) values.assign(size, 0.0);
+  else values.resize(size);
+}
+
+void Trl_Assigner::table::release() {
+  row_count = column_count = 0;
+  std::vector<double>().swap(values);
+}
+
+double Trl_Assigner::table::operator()(int t, int r) const {
+  if (t < 0 || t >= row_count || r < 0 || r >= column_count) {
+    index_error();
+    return 0;
+  }
+  return values[static_cast<size_t>(t) * column_count + r];
+}
+
+void Trl_Assigner::table::set(int t, int r, double value) {
+  if (t < 0 || t >= row_count || r < 0 || r >= column_count) {
+    index_error();
+    return;
+  }
+  values[static_cast<size_t>(t) * column_count + r] = value;
+}
+
+// ---------------------------------------------------------------- preparation
+
+Trl_Assigner::parameters::parameters()
+    : tolerance(std::pow(10.0, 0.003)),
+      max_iterations(100),
+      validate_downlink(true),
+      strategy(0),
+      bandwidth(5),
+      temperature(17) {}
+
+Trl_Assigner::Trl_Assigner()
+    : tolerance(std::pow(10.0, 0.003)),
+      tx_count(0),
+      rx_count(0),
+      validate_downlink(false),
+      rx_max_power_sum(0),
+      max_iterations(0),
+      strategy(0) {}
+
+void Trl_Assigner::release() {
+  path_gain.release();
+  downlink_share.release();
+  for (std::vector<double>* v : {&gamma_up, &tx_noise, &gamma_down, &rx_noise, &rx_max_power,
+                                 &rx_activity, &tx_max_power, &tx_pilot_power,
+                                 &tx_max_channel_power, &tx_orthogonality})
+    std::vector<double>().swap(*v);
+  reset();
+}
+
+void Trl_Assigner::reset() {
+  tx_count = rx_count = 0;
+  validate_downlink = false;
+  tolerance = std::pow(10.0, 0.003);
+  rx_max_power_sum = 0;
+  max_iterations = 0;
+}
+
+void Trl_Assigner::prepare(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
+                           const parameters& settings, Trl_PathLoss& model) {
+  make_tables(tx_list, rx_list, settings);
+  fill_path_gains(tx_list, rx_list, model);
+  fill_targets_and_noise(tx_list, rx_list, settings);
+}
+
+void Trl_Assigner::make_tables(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
+                               const parameters& settings) {
+  // The old tables are dropped, but their storage is kept for the new ones: fresh pages
+  // cost more than the computation of a table.
+  reset();
+  tx_count = tx_list.size();
+  rx_count = rx_list.size();
+  // Both tables are written in full by the fill steps; the gains are zeroed first only
+  // when a fill other than the row-wise one may leave a column out.
+  path_gain.make(tx_count, rx_count, false);
+  downlink_share.make(tx_count, rx_count, false);
+  for (std::vector<double>* v : {&tx_noise, &tx_max_power, &tx_pilot_power,
+                                 &tx_max_channel_power, &tx_orthogonality})
+    v->assign(tx_count, 0.0);
+  for (std::vector<double>* v : {&gamma_up, &gamma_down, &rx_noise, &rx_max_power, &rx_activity})
+    v->assign(rx_count, 0.0);
+
+  validate_downlink = settings.validate_downlink;
+  tolerance = settings.tolerance;
+  max_iterations = settings.max_iterations;
+  strategy = settings.strategy;
+
+  int t = 0;
+  for (const Trl_Tx& tx : tx_list) {
+    tx_max_power[t] = tx.max_power;
+    tx_pilot_power[t] = tx.pilot_power;
+    tx_max_channel_power[t] = tx.max_channel_power;
+    tx_orthogonality[t] = tx.orthogonality;
+    ++t;
+  }
+  int r = 0;
+  for (const Trl_Rx& rx : rx_list) {
+    rx_max_power[r] = rx.max_power;
+    rx_max_power_sum += rx.max_power;
+    rx_activity[r] = rx.activity;
+    ++r;
+  }
+}
+
+void Trl_Assigner::fill_path_gains(const tk::list<Trl_Tx>& tx_list,
+                                   const tk::list<Trl_Rx>& rx_list, Trl_PathLoss& model) {
+  if (Trl_Motorola* simple = dynamic_cast<Trl_Motorola*>(&model)) {
+    if (fill_simple_gains(tx_list, rx_list, *simple)) return;
+  }
+  path_gain.make(tx_count, rx_count, true);
+  int t = 0;
+  for (const Trl_Tx& tx : tx_list) {
+    for (const Trl_Rx& rx : rx_list) path_gain.set(t, rx.number, model.gain(tx, rx));
+    ++t;
+  }
+}
+
+bool Trl_Assigner::parallel_fill = true;
+
+// The simple model row by row on columns of the users' coordinates. Users whose numbers
+// are not 0 to rx_count - 1 are left to the plain loop, which reports the bad index.
+bool Trl_Assigner::fill_simple_gains(const tk::list<Trl_Tx>& tx_list,
+                                     const tk::list<Trl_Rx>& rx_list, const Trl_Motorola& model) {
+  const int n = rx_count;
+  std::vector<double> x(n), y(n), z(n), log_gain(n);
+  std::vector<int> column(n);
+  bool in_order = true;
+  int r = 0;
+  for (const Trl_Rx& rx : rx_list) {
+    if (rx.number < 0 || rx.number >= n) return false;
+    x[r] = rx.position.xcoord();
+    y[r] = rx.position.ycoord();
+    z[r] = rx.position.zcoord();
+    log_gain[r] = std::log(rx.gain);
+    column[r] = rx.number;
+    in_order = in_order && rx.number == r;
+    ++r;
+  }
+  if (!in_order) path_gain.make(tx_count, rx_count, true);
+  std::vector<const Trl_Tx*> stations;
+  for (const Trl_Tx& tx : tx_list) stations.push_back(&tx);
+
+  auto fill_rows = [&](int first, int last) {
+    std::vector<double> scratch(in_order ? 0 : n);
+    for (int t = first; t < last; ++t) {
+      double* out = in_order ? path_gain.row(t) : scratch.data();
+      model.gain_row(*stations[t], x.data(), y.data(), z.data(), log_gain.data(), n, out);
+      if (!in_order) {
+        double* row = path_gain.row(t);
+        for (int k = 0; k < n; ++k) row[column[k]] = scratch[k];
+      }
+    }
+  };
+  // The rows are independent and the model keeps no state, so two threads fill halves of
+  // the table with the same result as one.
+  const long long pairs = static_cast<long long>(tx_count) * n;
+  if (parallel_fill && tx_count >= 2 && pairs >= 20000) {
+    const int half = tx_count / 2;
+    std::thread helper(fill_rows, 0, half);
+    fill_rows(half, tx_count);
+    helper.join();
+  } else {
+    fill_rows(0, tx_count);
+  }
+  return true;
+}
+
+void Trl_Assigner::fill_targets_and_noise(const tk::list<Trl_Tx>& tx_list,
+                                          const tk::list<Trl_Rx>& rx_list,
+                                          const parameters& settings) {
+  const double chip_rate = settings.bandwidth * 1e6;  // chips per second
+  const double per_chip = 1 / chip_rate;
+  int r = 0;
+  for (const Trl_Rx& rx : rx_list) {
+    gamma_up[r] = rx.required_up(per_chip);
+    gamma_down[r] = rx.required_down(per_chip);
+    rx_noise[r] = rx.noise(settings.temperature, chip_rate);
+    ++r;
+  }
+  for (int t = 0; t < tx_count; ++t) {
+    double* share = downlink_share.row(t);
+    // Base stations usually share one orthogonality: a row equal to an earlier one is copied.
+    int same = 0;
+    while (same < t && tx_orthogonality[same] != tx_orthogonality[t]) ++same;
+    if (same < t) {
+      std::copy(downlink_share.row(same), downlink_share.row(same) + rx_count, share);
+      continue;
+    }
+    for (int k = 0; k < rx_count; ++k)
+      share[k] = gamma_down[k] / (tx_orthogonality[t] * gamma_down[k] + 1);
+  }
+  int t = 0;
+  for (const Trl_Tx& tx : tx_list) tx_noise[t++] = tx.noise(settings.temperature, chip_rate);
+}
+
+void Trl_Assigner::strongest_server(tk::array<int>& serving) const {
+  for (int r = 0; r < rx_count; ++r) {
+    int best = 0;
+    for (int t = 1; t < tx_count; ++t)
+      if (path_gain.row(t)[r] > path_gain.row(best)[r]) best = t;
+    serving[r] = best;
+  }
+}
+
+// ---------------------------------------------------------------- solve
+
+bool Trl_Assigner::solve(int used, tk::vector& rx_downlink, tk::vector& rx_uplink,
+                         tk::vector& tx_downlink, tk::array<int>& serving, tk::array<int>& rows,
+                         const tk::array<int>& selected, const tk::array<int>& tx_numbers,
+                         bool validate, Trl_RunningStats* stats) {
+  if (strategy < 0 || strategy > 3) return false;
+
+  // The selected rows of the tables, walked in position order, once per call. Each sweep
+  // then touches only used * rx_count gains, row after row.
+  gain_rows.clear();
+  share_rows.clear();
+  row_noise.clear();
+  row_number.clear();
+  for (int k = 0; k < tx_count && static_cast<int>(gain_rows.size()) < used; ++k) {
+    if (!selected[k]) continue;
+    rows[static_cast<int>(gain_rows.size())] = tx_numbers[k];
+    row_number.push_back(tx_numbers[k]);
+    gain_rows.push_back(path_gain.row(k));
+    share_rows.push_back(downlink_share.row(k));
+    row_noise.push_back(tx_noise[k]);
+  }
+  used = static_cast<int>(gain_rows.size());  // fewer switched on than announced: those there are
+
+  power.resize(rx_count);
+  previous.resize(rx_count);
+  running.resize(rx_count);
+  interference.resize(used);
+  server.resize(rx_count);
+  for (int r = 0; r < rx_count; ++r) server[r] = serving[r];
+
+  if (!iterate(used, stats)) return false;
+
+  for (int r = 0; r < rx_count; ++r) {
+    rx_uplink[r] = power[r];
+    serving[r] = static_cast<int>(server[r]);
+  }
+  if (!validate || !validate_downlink) return true;
+  return solve_downlink(used, rx_downlink, tx_downlink);
+}
+
+// Runs sweeps until the powers settle. The sweep counter is tested before each sweep, so
+// max_iterations sweeps run at most.
+bool Trl_Assigner::iterate(int used, Trl_RunningStats* stats) {
+  const bool from_above = strategy == 1 || strategy == 3;
+  const bool in_sequence = strategy == 2 || strategy == 3;
+  if (from_above) start_from_above();
+  else start_from_below(used);
+  for (int sweeps = 0;;) {
+    if (sweeps >= max_iterations) return false;
+    ++sweeps;
+    if (in_sequence) sweep_in_sequence(used);
+    else sweep_simultaneous(used);
+    // From below the powers only rise, so a user over its limit stays there; from above
+    // they only fall, so the iteration goes on.
+    if (over_limit()) {
+      if (!from_above) return false;
+      continue;
+    }
+    if (worst_change() < tolerance) {
+      if (stats) stats->add(sweeps);
+      return true;
+    }
+  }
+}
+
+// Each user starts at the power it would need alone at its best row.
+void Trl_Assigner::start_from_below(int used) {
+  for (int r = 0; r < rx_count; ++r) {
+    double least = largest;
+    for (int c = 0; c < used; ++c) {
+      const double need = gamma_up[r] / gain_rows[c][r] * row_noise[c];
+      if (need < least) least = need;
+    }
+    power[r] = least;
+  }
+}
+
+void Trl_Assigner::start_from_above() {
+  std::copy(rx_max_power.begin(), rx_max_power.end(), power.begin());
+}
+
+namespace {
+
+// Sum of p[j] * g[j] in four interleaved partial sums, which the compiler keeps in vector
+// registers; the grouping does not depend on the values, so equal rows give equal sums.
+double weighted_sum(const double* p, const double* g, int n) {
+  double s0 = 0, s1 = 0, s2 = 0, s3 = 0;
+  int j = 0;
+  for (; j + 4 <= n; j += 4) {
+    s0 += p[j] * g[j];
+    s1 += p[j + 1] * g[j + 1];
+    s2 += p[j + 2] * g[j + 2];
+    s3 += p[j + 3] * g[j + 3];
+  }
+  for (; j < n; ++j) s0 += p[j] * g[j];
+  return (s0 + s1) + (s2 + s3);
+}
+
+// One row of the simultaneous sweep, two users at a time: the need
+// q = ((I - old p * g) * activity + N) * gamma / g, in this order of operations, and the
+// strict minimum with the row noted as a double.
+void improve_by_row(int n, double total, double noise, double row, const double* g,
+                    const double* old, const double* activity, const double* target, double* p,
+                    double* best) {
+  const __m128d I = _mm_set1_pd(total), N = _mm_set1_pd(noise), C = _mm_set1_pd(row);
+  int r = 0;
+  for (; r + 2 <= n; r += 2) {
+    const __m128d gr = _mm_loadu_pd(g + r);
+    const __m128d others = _mm_sub_pd(I, _mm_mul_pd(_mm_loadu_pd(old + r), gr));
+    const __m128d need = _mm_div_pd(
+        _mm_mul_pd(_mm_add_pd(_mm_mul_pd(others, _mm_loadu_pd(activity + r)), N),
+                   _mm_loadu_pd(target + r)),
+        gr);
+    const __m128d current = _mm_loadu_pd(p + r);
+    const __m128d better = _mm_cmplt_pd(need, current);
+    _mm_storeu_pd(p + r, _mm_blendv_pd(current, need, better));
+    _mm_storeu_pd(best + r, _mm_blendv_pd(_mm_loadu_pd(best + r), C, better));
+  }
+  for (; r < n; ++r) {
+    const double q = ((total - old[r] * g[r]) * activity[r] + noise) * target[r] / g[r];
+    if (q < p[r]) {
+      p[r] = q;
+      best[r] = row;
+    }
+  }
+}
+
+}  // namespace
+
+// Every user takes the row that needs the least power, given the powers before the sweep.
+// Rows run from the last to the first and replace only on a strict improvement, so among
+// equal rows the higher one keeps the user. Users are independent within a row.
+void Trl_Assigner::sweep_simultaneous(int used) {
+  const int n = rx_count;
+  std::copy(power.begin(), power.end(), previous.begin());
+  std::fill(power.begin(), power.end(), largest);
+  for (int c = used - 1; c >= 0; --c) {
+    const double* g = gain_rows[c];
+    improve_by_row(n, weighted_sum(previous.data(), g, n), row_noise[c], c, g, previous.data(),
+                   rx_activity.data(), gamma_up.data(), power.data(), server.data());
+  }
+}
+
+// Users are updated one after the other, from the last to the first, each seeing the powers
+// already updated in this sweep. The interference of each row is kept current by adding the
+// change of the one user that moved, instead of summing all users again.
+void Trl_Assigner::sweep_in_sequence(int used) {
+  const int n = rx_count;
+  std::copy(power.begin(), power.end(), previous.begin());
+  std::copy(power.begin(), power.end(), running.begin());
+  std::fill(power.begin(), power.end(), largest);
+  for (int c = 0; c < used; ++c) interference[c] = weighted_sum(running.data(), gain_rows[c], n);
+  const double* const* G = gain_rows.data();
+  double* I = interference.data();
+  for (int r = n - 1; r >= 0; --r) {
+    const double own = running[r];
+    const double activity = rx_activity[r], target = gamma_up[r];
+    double p = largest;
+    double best = server[r];
+    for (int c = used - 1; c >= 0; --c) {
+      const double g = G[c][r];
+      const double q = ((I[c] - own * g) * activity + row_noise[c]) * target / g;
+      if (q < p) {
+        p = q;
+        best = c;
+      }
+    }
+    power[r] = p;
+    server[r] = best;
+    const double change = p - own;
+    for (int c = 0; c < used; ++c) I[c] += change * G[c][r];
+    running[r] = p;
+  }
+}
+
+bool Trl_Assigner::over_limit() const {
+  bool over = false;
+  for (int r = 0; r < rx_count; ++r) over |= power[r] > rx_max_power[r];
+  return over;
+}
+
+double Trl_Assigner::worst_change() const {
+  double worst = 0;
+  for (int r = 0; r < rx_count; ++r) {
+    const double up = power[r] / previous[r];
+    const double down = previous[r] / power[r];
+    const double change = up > down ? up : down;
+    if (change > worst) worst = change;
+  }
+  return worst;
+}
+
+// The downlink powers of the rows that serve somebody, from the SIR condition of each user,
+// power * gain / (noise + interference) = gamma_down, with the own cell's interference scaled
+// by the orthogonality factor. Vectors of the base stations are read by number, the gain
+// rows by compact row.
+bool Trl_Assigner::solve_downlink(int used, tk::vector& rx_downlink, tk::vector& tx_downlink) {
+  const int n = rx_count;
+  // Rows that serve at least one user, each with its position in the linear system.
+  std::vector<int> position_of(used, -1);
+  for (int r = 0; r < n; ++r) {
+    const int s = static_cast<int>(server[r]);
+    if (s < 0 || s >= used) {
+      index_error();
+      return false;
+    }
+    position_of[s] = 0;
+  }
+  std::vector<int> row_at;
+  for (int c = 0; c < used; ++c)
+    if (position_of[c] == 0) {
+      position_of[c] = static_cast<int>(row_at.size());
+      row_at.push_back(c);
+    }
+  const int m = static_cast<int>(row_at.size());
+  const double* const* G = gain_rows.data();
+
+  std::vector<double> system(static_cast<size_t>(m) * m, 0.0);
+  for (int i = 0; i < m; ++i) system[static_cast<size_t>(i) * m + i] = 1;
+  std::vector<double> rhs(m);
+  for (int i = 0; i < m; ++i) rhs[i] = by_number(tx_pilot_power, row_number[row_at[i]]);
+
+  for (int r = n - 1; r >= 0; --r) {
+    const int s = static_cast<int>(server[r]);
+    const int i = position_of[s];
+    const double f = share_rows[s][r] / G[s][r];
+    rhs[i] += f * rx_noise[r];
+    const double w_own = by_number(tx_orthogonality, row_number[s]);
+    double* line = system.data() + static_cast<size_t>(i) * m;
+    for (int j = 0; j < m; ++j) {
+      const int t = row_at[j];
+      const double w = t == s ? w_own : 1;
+      line[j] -= G[t][r] * w * f;
+    }
+  }
+
+  tk::matrix M(m, m);
+  tk::vector b(m);
+  for (int i = 0; i < m; ++i) {
+    b[i] = rhs[i];
+    for (int j = 0; j < m; ++j) M(i, j) = system[static_cast<size_t>(i) * m + j];
+  }
+  const tk::vector x = M.solve(b);
+  std::vector<double> total(m);
+  for (int i = 0; i < m; ++i) {
+    total[i] = x[i];
+    if (total[i] < 0) return false;
+  }
+
+  std::vector<double> by_station(tx_count, 0.0);
+  for (int i = 0; i < m; ++i) {
+    const int number = row_number[row_at[i]];
+    if (number < 0 || number >= tx_count) index_error();
+    else by_station[number] = total[i];
+  }
+  for (int k = 0; k < tx_count; ++k)
+    if (by_station[k] > tx_max_power[k]) return false;
+
+  int over = 0;
+  for (int r = 0; r < n; ++r) {
+    const int s = static_cast<int>(server[r]);
+    const int number = row_number[s];
+    const double w_own = by_number(tx_orthogonality, number);
+    double acc = rx_noise[r];
+    for (int j = 0; j < m; ++j) {
+      const int t = row_at[j];
+      const double w = t == s ? w_own : 1;
+      acc += G[t][r] * w * total[j];
+    }
+    const double channel = downlink_share(number, r) / G[s][r] * acc;
+    rx_downlink[r] = channel;
+    if (channel > by_number(tx_max_channel_power, number)) ++over;
+  }
+  if (over) return false;
+  for (int k = 0; k < tx_count; ++k) tx_downlink[k] = by_station[k];
+  return true;
+}
