@@ -1,15 +1,49 @@
 #include "propagation/Trl_Motorola.h"
 
-#include <emmintrin.h>
+#include <immintrin.h>
 
 #include <cmath>
 
 #include "network/Trl_Rx.h"
 #include "network/Trl_Tx.h"
 
-// The two-lane exp and log of the C library's vector math library (libmvec).
+// The two-lane (SSE) and four-lane (AVX2) exp and log of the C library's vector math
+// library, libmvec.
 extern "C" __m128d _ZGVbN2v_exp(__m128d);
 extern "C" __m128d _ZGVbN2v_log(__m128d);
+extern "C" __m256d _ZGVdN4v_exp(__m256d);
+extern "C" __m256d _ZGVdN4v_log(__m256d);
+
+namespace {
+
+// Four users at a time where the processor has AVX2; returns how many users it did.
+__attribute__((target("avx2"))) int four_at_a_time(double tx_x, double tx_y, double tx_z,
+                                                   double slope, double offset, const double* x,
+                                                   const double* y, const double* z,
+                                                   const double* log_rx_gain, int n,
+                                                   double* out) {
+  const __m256d X = _mm256_set1_pd(tx_x), Y = _mm256_set1_pd(tx_y), Z = _mm256_set1_pd(tx_z);
+  const __m256d K = _mm256_set1_pd(slope), A = _mm256_set1_pd(offset);
+  int r = 0;
+  for (; r + 4 <= n; r += 4) {
+    const __m256d dz = _mm256_sub_pd(Z, _mm256_loadu_pd(z + r));
+    const __m256d dx = _mm256_sub_pd(X, _mm256_loadu_pd(x + r));
+    const __m256d dy = _mm256_sub_pd(Y, _mm256_loadu_pd(y + r));
+    const __m256d plane = _mm256_add_pd(_mm256_mul_pd(dx, dx), _mm256_mul_pd(dy, dy));
+    const __m256d d2 = _mm256_add_pd(_mm256_mul_pd(dz, dz), plane);
+    const __m256d level = _mm256_add_pd(_mm256_mul_pd(K, _ZGVdN4v_log(d2)),
+                                        _mm256_add_pd(A, _mm256_loadu_pd(log_rx_gain + r)));
+    _mm256_storeu_pd(out + r, _ZGVdN4v_exp(level));
+  }
+  return r;
+}
+
+bool has_avx2() {
+  static const bool avx2 = __builtin_cpu_supports("avx2");
+  return avx2;
+}
+
+}  // namespace
 
 Trl_Motorola::Trl_Motorola(double constant, double factor) : constant(constant), factor(factor) {}
 
@@ -30,7 +64,8 @@ void Trl_Motorola::gain_row(const Trl_Tx& tx, const double* x, const double* y, 
   const double offset = std::log(tx.gain) - constant * std::log(10.0) / 10;
   const __m128d X = _mm_set1_pd(tx_x), Y = _mm_set1_pd(tx_y), Z = _mm_set1_pd(tx_z);
   const __m128d K = _mm_set1_pd(slope), A = _mm_set1_pd(offset);
-  int r = 0;
+  int r = has_avx2() ? four_at_a_time(tx_x, tx_y, tx_z, slope, offset, x, y, z, log_rx_gain, n, out)
+                     : 0;
   for (; r + 2 <= n; r += 2) {
     const __m128d dz = _mm_sub_pd(Z, _mm_loadu_pd(z + r));
     const __m128d dx = _mm_sub_pd(X, _mm_loadu_pd(x + r));
