@@ -121,7 +121,9 @@ void Trl_HbbWalker::succeeded() {
     stagnation = 0;
   }
   last_ok = true;
-  counts[k - 1] += 1;
+  // Adding a ready-made one keeps the count in place: no temporary number per candidate.
+  static const tk::integer one(1);
+  counts[k - 1] += one;
 }
 
 int Trl_HbbWalker::tail() const {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "toolkit/array.h"
-#include "toolkit/integer.h"
+#include "toolkit/integer_vector.h"
 
 class Trl_HbbWalker {
  public:
