@@ -4,9 +4,15 @@
 #include <limits>
 
 #include "network/Trl_Tx.h"
+#include "toolkit/error.h"
 #include "network/Trl_RandomRegion.h"
+// The raster classes are written at the same time as these records; until they are in
+// the tree, the operations on a grid or a terrain are left out.
+#if __has_include("raster/Trl_Terrain.h")
 #include "raster/Trl_Grid.h"
 #include "raster/Trl_Terrain.h"
+#define TRL_WITH_RASTER 1
+#endif
 
 namespace {
 
@@ -54,11 +60,13 @@ Trl_Rx::Trl_Rx(const tk::d3_point& position, int number, double ebno_down, doubl
       rate_up(rate_up),
       bearer(bearer) {}
 
+#ifdef TRL_WITH_RASTER
 void Trl_Rx::set_cell(const Trl_Grid& grid) {
   const tk::point p(position.xcoord(), position.ycoord());
   cell_i = grid.column_of(p);
   cell_j = grid.row_of(p);
 }
+#endif
 
 void Trl_Rx::set_cell(int i, int j) {
   cell_i = i;
@@ -94,6 +102,24 @@ int compare_rx_angle(const Trl_Rx& a, const Trl_Rx& b) {
   return angle_a < angle_b ? -1 : (angle_a > angle_b ? 1 : 0);
 }
 
+namespace {
+
+// A user on the terrain gets its cell in the height grid; one off it is refused.
+bool on_terrain(const Trl_Terrain& terrain, Trl_Rx& rx) {
+#ifdef TRL_WITH_RASTER
+  if (!terrain.contains(tk::point(rx.position.xcoord(), rx.position.ycoord()))) return false;
+  rx.set_cell(terrain.height_grid());
+  return true;
+#else
+  (void)terrain;
+  (void)rx;
+  TK_ASSERT(false, "terrain test without the raster classes");
+  return false;
+#endif
+}
+
+}  // namespace
+
 bool Trl_Rx::read_list(std::istream& in, const Trl_Rx& templ, const Trl_Terrain* terrain,
                        tk::list<Trl_Rx>& list, tk::point& low, tk::point& high, int& ignored) {
   const double far = std::numeric_limits<double>::max();
@@ -105,8 +131,7 @@ bool Trl_Rx::read_list(std::istream& in, const Trl_Rx& templ, const Trl_Terrain*
     const double x = record.position.xcoord(), y = record.position.ycoord();
     if (!terrain) {
       list.append(record);
-    } else if (terrain->contains(tk::point(x, y))) {
-      record.set_cell(terrain->height_grid());
+    } else if (on_terrain(*terrain, record)) {
       list.append(record);
     } else {
       ++ignored;

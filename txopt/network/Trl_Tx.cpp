@@ -5,8 +5,13 @@
 
 #include "network/Trl_Rx.h"
 #include "network/Trl_RandomRegion.h"
+// The raster classes are written at the same time as these records; until they are in
+// the tree, the operations on a grid or a terrain are left out.
+#if __has_include("raster/Trl_Terrain.h")
 #include "raster/Trl_Grid.h"
 #include "raster/Trl_Terrain.h"
+#define TRL_WITH_RASTER 1
+#endif
 
 namespace {
 
@@ -52,11 +57,13 @@ void Trl_Tx::set_xy(const tk::point& p) {
   position = tk::d3_point(p.xcoord(), p.ycoord(), position.zcoord());
 }
 
+#ifdef TRL_WITH_RASTER
 void Trl_Tx::set_cell(const Trl_Grid& grid) {
   const tk::point p(position.xcoord(), position.ycoord());
   cell_i = grid.column_of(p);
   cell_j = grid.row_of(p);
 }
+#endif
 
 double Trl_Tx::noise(double temperature_celsius, double bandwidth) const {
   return (zero_celsius + temperature_celsius) * boltzmann * bandwidth * noise_factor;
