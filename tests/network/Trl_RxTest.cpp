@@ -166,3 +166,23 @@ TEST(Trl_RandomRegion, PointsStayInTheBoxAndThePolygon) {
     EXPECT_LT(p.xcoord() + p.ycoord(), 100);
   }
 }
+
+TEST(Trl_Rx, UniformUsersWithoutTerrain) {
+  Trl_RandomRegion region(0, 100, 200, 300, 25);
+  Trl_Rx templ(tk::d3_point(0, 0, 2.5), 1, 10, 3.5, 8, 0.2, 1e-11, 0.5, 0.66, 64, 12.2, 0);
+  tk::list<Trl_Rx> list;
+  list.append(Trl_Rx());  // the generator appends
+  Trl_Rx::generate(list, templ, region, true, nullptr);
+  ASSERT_EQ(list.size(), 26);
+  int k = -1;
+  for (const Trl_Rx& rx : list) {
+    if (k >= 0) {
+      EXPECT_EQ(rx.number, k);
+      EXPECT_EQ(rx.position.zcoord(), 2.5);
+      EXPECT_EQ(rx.rate_down, 64);
+      EXPECT_GE(rx.position.ycoord(), 200);
+      EXPECT_LE(rx.position.xcoord(), 100);
+    }
+    ++k;
+  }
+}

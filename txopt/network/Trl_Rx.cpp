@@ -146,3 +146,51 @@ bool Trl_Rx::read_list(std::istream& in, const Trl_Rx& templ, const Trl_Terrain*
   high = tk::point(xmax, ymax);
   return true;
 }
+
+namespace {
+
+#ifdef TRL_WITH_RASTER
+// One round of up to 100 draws: the first point on the terrain makes a user, taken unless
+// streets_only asks for an open cell and the cell holds a building.
+bool draw_on_terrain(Trl_RandomRegion& region, const Trl_Terrain& terrain, bool streets_only,
+                     Trl_Rx& rx) {
+  for (int draw = 0; draw < 100; ++draw) {
+    const tk::point p = region.draw();
+    if (!terrain.contains(p)) continue;
+    rx.position = tk::d3_point(p.xcoord(), p.ycoord(), rx.position.zcoord());
+    rx.set_cell(terrain.height_grid());
+    return !streets_only || terrain.is_open(rx.cell_i, rx.cell_j);
+  }
+  return false;
+}
+#endif
+
+}  // namespace
+
+void Trl_Rx::generate(tk::list<Trl_Rx>& list, const Trl_Rx& templ, Trl_RandomRegion& region,
+                      bool streets_only, const Trl_Terrain* terrain) {
+  if (!terrain) {
+    for (int k = 0; k < region.count; ++k) {
+      Trl_Rx rx(templ);
+      const tk::point p = region.draw();
+      rx.position = tk::d3_point(p.xcoord(), p.ycoord(), templ.position.zcoord());
+      rx.number = k;
+      list.append(rx);
+    }
+    return;
+  }
+#ifdef TRL_WITH_RASTER
+  if (!terrain->height_grid().overlaps(region.xmin, region.ymin, region.xmax, region.ymax)) return;
+  for (int made = 0; made < region.count;) {
+    Trl_Rx rx(templ);
+    rx.number = made;
+    if (draw_on_terrain(region, *terrain, streets_only, rx)) {
+      list.append(rx);
+      ++made;
+    }
+  }
+#else
+  (void)streets_only;
+  TK_ASSERT(false, "terrain generation without the raster classes");
+#endif
+}
