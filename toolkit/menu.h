@@ -1,0 +1,13 @@
+// tk::menu: a panel that pops up from a button of a menu bar. Its buttons are the entries.
+#pragma once
+
+#include "toolkit/panel.h"
+
+namespace tk {
+
+class menu : public panel {
+ public:
+  menu() {}
+};
+
+}  // namespace tk

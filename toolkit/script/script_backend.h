@@ -1,0 +1,100 @@
+// tk::script_backend: a window backend without a screen. It plays a plan script (menu
+// choices, panel answers, yes/no, clicks, stop requests, snapshots) and writes a transcript
+// of everything the planner would have seen. A panel the script does not answer ends the
+// run with exit status 2 and a message naming the panel; it never waits.
+#pragma once
+
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <streambuf>
+#include <string>
+#include <vector>
+
+#include "toolkit/backend.h"
+#include "toolkit/script/script_painter.h"
+
+namespace tk {
+
+struct script_step {
+  int line = 0;
+  std::string verb;  // menu, file, set, press, yes, no, click, stop, snapshot
+  std::string argument;
+  std::string value;  // for set: the value
+};
+
+class script_backend : public backend {
+ public:
+  // Reads the script text; an error in it is reported by error_text() and ok() false.
+  script_backend(const std::string& script_text, std::ostream& transcript);
+  ~script_backend() override;
+
+  bool ok() const { return parse_error.empty(); }
+  const std::string& error_text() const { return parse_error; }
+  // Sends the program's standard output into the transcript as "stdout: " lines.
+  void capture_stdout();
+  void release_stdout();
+  // The exit status used for a run that the script could not drive to its end.
+  static const int unanswered_status = 2;
+  static const int script_ended_status = 3;
+
+  static std::vector<script_step> parse(const std::string& text, std::string& error);
+
+  void create(window& w) override;
+  void display(window& w, int x, int y, window* parent) override;
+  void close(window& w) override;
+  void destroy(window& w) override;
+  void set_title(window&, const std::string&) override {}
+  int screen_width() override { return 1280; }
+  int screen_height() override { return 1024; }
+  void build_menu_bar(window& w) override;
+  void set_items_enabled(window&, bool) override {}
+  void clear(window& w, int colour) override;
+  void pixel(window& w, int x, int y, int colour) override;
+  void line(window& w, int x1, int y1, int x2, int y2, int colour) override;
+  void disc(window& w, int x, int y, int radius, int colour) override;
+  void polygon(window& w, const int* xy, int n, bool filled, int colour) override;
+  void rectangle(window& w, int x0, int y0, int x1, int y1, bool filled, int colour) override;
+  void text(window& w, int x, int y, const std::string& s, int colour) override;
+  int text_box(window& w, int x0, int x1, int y, const std::string& formatted, bool draw) override;
+  void pixmap(window& w, int x, int y, const char* const* xpm) override;
+  void set_font(window&, const std::string&) override {}
+  int set_cursor(window&, int kind) override { return kind; }
+  void start_buffering(window&) override {}
+  void flush(window&, int, int, int, int) override {}
+  void stop_buffering(window&) override {}
+  int run_panel(panel& p, int x, int y, window* parent) override;
+  void refresh_item(panel&, int) override {}
+  int wait_event(window* restricted, window*& w, int& value, int& px, int& py) override;
+  int wait_mouse(window& w, int& px, int& py) override;
+  int poll_mouse(window& w, int& px, int& py) override;
+  void open_status(window&, int, int) override {}
+  void set_status(window& w, const std::string& formatted) override;
+  void close_status(window&) override {}
+
+  // The recorded drawing of a window, for tests.
+  const script_painter* drawing_of(const window& w) const;
+  void write_line(const std::string& text);
+
+ private:
+  bool next_step(script_step& step);
+  [[noreturn]] void fail(int status, const std::string& text);
+  void do_menu(const script_step& step);
+  void do_snapshot(const script_step& step);
+  void describe_panel(panel& p);
+  int answer_panel(panel& p);
+  script_painter& painter(window& w);
+
+  std::vector<script_step> steps;
+  size_t next = 0;
+  std::string parse_error;
+  std::ostream& out;
+  std::map<const window*, script_painter> drawings;
+  std::vector<window*> windows;  // displayed windows, in the order they appeared
+  window* main_window = nullptr;
+  long stop_countdown = 0;
+  std::streambuf* saved_stdout = nullptr;
+  std::unique_ptr<std::streambuf> stdout_lines;
+};
+
+}  // namespace tk
