@@ -6,12 +6,12 @@
 #include "network/Trl_Tx.h"
 #include "toolkit/error.h"
 #include "network/Trl_RandomRegion.h"
-// The raster classes are written at the same time as these records; until they are in
-// the tree, the operations on a grid or a terrain are left out.
-#if __has_include("raster/Trl_Terrain.h")
 #include "raster/Trl_Grid.h"
+// The terrain is written at the same time as these records; until it is in the tree, the
+// operations on a terrain are left out.
+#if __has_include("raster/Trl_Terrain.h")
 #include "raster/Trl_Terrain.h"
-#define TRL_WITH_RASTER 1
+#define TRL_WITH_TERRAIN 1
 #endif
 
 namespace {
@@ -60,13 +60,11 @@ Trl_Rx::Trl_Rx(const tk::d3_point& position, int number, double ebno_down, doubl
       rate_up(rate_up),
       bearer(bearer) {}
 
-#ifdef TRL_WITH_RASTER
 void Trl_Rx::set_cell(const Trl_Grid& grid) {
   const tk::point p(position.xcoord(), position.ycoord());
   cell_i = grid.column_of(p);
   cell_j = grid.row_of(p);
 }
-#endif
 
 void Trl_Rx::set_cell(int i, int j) {
   cell_i = i;
@@ -106,7 +104,7 @@ namespace {
 
 // A user on the terrain gets its cell in the height grid; one off it is refused.
 bool on_terrain(const Trl_Terrain& terrain, Trl_Rx& rx) {
-#ifdef TRL_WITH_RASTER
+#ifdef TRL_WITH_TERRAIN
   if (!terrain.contains(tk::point(rx.position.xcoord(), rx.position.ycoord()))) return false;
   rx.set_cell(terrain.height_grid());
   return true;
@@ -149,7 +147,7 @@ bool Trl_Rx::read_list(std::istream& in, const Trl_Rx& templ, const Trl_Terrain*
 
 namespace {
 
-#ifdef TRL_WITH_RASTER
+#ifdef TRL_WITH_TERRAIN
 // One round of up to 100 draws: the first point on the terrain makes a user, taken unless
 // streets_only asks for an open cell and the cell holds a building.
 bool draw_on_terrain(Trl_RandomRegion& region, const Trl_Terrain& terrain, bool streets_only,
@@ -179,7 +177,7 @@ void Trl_Rx::generate(tk::list<Trl_Rx>& list, const Trl_Rx& templ, Trl_RandomReg
     }
     return;
   }
-#ifdef TRL_WITH_RASTER
+#ifdef TRL_WITH_TERRAIN
   if (!terrain->height_grid().overlaps(region.xmin, region.ymin, region.xmax, region.ymax)) return;
   for (int made = 0; made < region.count;) {
     Trl_Rx rx(templ);

@@ -3,14 +3,15 @@
 #include <cmath>
 #include <limits>
 
-#include "network/Trl_Rx.h"
 #include "network/Trl_RandomRegion.h"
-// The raster classes are written at the same time as these records; until they are in
-// the tree, the operations on a grid or a terrain are left out.
-#if __has_include("raster/Trl_Terrain.h")
+#include "network/Trl_Rx.h"
+#include "toolkit/panel.h"
 #include "raster/Trl_Grid.h"
+// The terrain is written at the same time as these records; until it is in the tree, the
+// operations on a terrain are left out.
+#if __has_include("raster/Trl_Terrain.h")
 #include "raster/Trl_Terrain.h"
-#define TRL_WITH_RASTER 1
+#define TRL_WITH_TERRAIN 1
 #endif
 
 namespace {
@@ -57,13 +58,11 @@ void Trl_Tx::set_xy(const tk::point& p) {
   position = tk::d3_point(p.xcoord(), p.ycoord(), position.zcoord());
 }
 
-#ifdef TRL_WITH_RASTER
 void Trl_Tx::set_cell(const Trl_Grid& grid) {
   const tk::point p(position.xcoord(), position.ycoord());
   cell_i = grid.column_of(p);
   cell_j = grid.row_of(p);
 }
-#endif
 
 double Trl_Tx::noise(double temperature_celsius, double bandwidth) const {
   return (zero_celsius + temperature_celsius) * boltzmann * bandwidth * noise_factor;
@@ -144,5 +143,88 @@ void Trl_Tx::generate(tk::list<Trl_Tx>& list, const Trl_Tx& templ, Trl_RandomReg
     tx.label = tk::string("BS%04d", k);
     tx.number = k;
     list.append(tx);
+  }
+}
+
+namespace {
+
+// The values of the property dialog, with the ratios in dB and the status as a choice.
+struct Properties {
+  tk::string label;
+  double x, y, height, max_power, pilot_power, max_channel_power, gain_db, noise_db,
+      orthogonality;
+  int status_choice;  // 0 "usable", 1 "fixed", 2 "excluded"
+
+  explicit Properties(const Trl_Tx& tx)
+      : label(tx.label),
+        x(tx.position.xcoord()),
+        y(tx.position.ycoord()),
+        height(tx.position.zcoord()),
+        max_power(tx.max_power),
+        pilot_power(tx.pilot_power),
+        max_channel_power(tx.max_channel_power),
+        gain_db(10 * std::log10(tx.gain)),
+        noise_db(10 * std::log10(tx.noise_factor)),
+        orthogonality(tx.orthogonality),
+        status_choice(tx.status == Trl_Tx::fixed ? 1 : tx.status == Trl_Tx::excluded ? 2 : 0) {}
+
+  // The first failed test's message, or null.
+  const char* failure() const {
+    if (!(height > 0)) return "Height must be greater than 0.";
+    if (!(max_power > 0 && pilot_power >= 0 && max_channel_power > 0))
+      return "Powers must be greater than 0.";
+    if (!(orthogonality >= 0 && orthogonality <= 1)) return "Orthogonality factor must in [0,1].";
+    return nullptr;
+  }
+
+  void store(Trl_Tx& tx) const {
+    tx.label = label;
+    tx.position = tk::d3_point(x, y, height);
+    tx.max_power = max_power;
+    tx.pilot_power = pilot_power;
+    tx.max_channel_power = max_channel_power;
+    tx.gain = std::pow(10.0, 0.1 * gain_db);
+    tx.noise_factor = std::pow(10.0, 0.1 * noise_db);
+    tx.orthogonality = orthogonality;
+    const int statuses[] = {Trl_Tx::usable, Trl_Tx::fixed, Trl_Tx::excluded};
+    tx.status = statuses[status_choice < 0 || status_choice > 2 ? 0 : status_choice];
+  }
+};
+
+}  // namespace
+
+bool Trl_Tx::edit(tk::window& parent) {
+  enum { ok = 0, cancel = 1, reset = 2 };
+  Properties values(*this);
+  tk::panel dialog("Base station");
+  dialog.string_item("Label: ", values.label);
+  dialog.double_item("X-coordinate [m]: ", values.x);
+  dialog.double_item("Y-coordinate [m]: ", values.y);
+  dialog.double_item("Height [m]: ", values.height);
+  dialog.double_item("Max. power [W]: ", values.max_power);
+  dialog.double_item("Pilot power [W]: ", values.pilot_power);
+  dialog.double_item("Max. channel power [W]: ", values.max_channel_power);
+  dialog.double_item("Effectiv gain [dB]: ", values.gain_db);
+  dialog.double_item("Noise figure [dB]: ", values.noise_db);
+  dialog.double_item("Orthogonality factor [1]: ", values.orthogonality);
+  dialog.choice_item("Status: ", values.status_choice, "usable", "fixed", "excluded");
+  dialog.button("Ok", ok);
+  dialog.button("Cancel", cancel);
+  dialog.button("Reset", reset);
+  for (;;) {
+    const int answer = dialog.open(parent);
+    if (answer == reset) {
+      values = Properties(*this);
+      continue;
+    }
+    if (answer != ok) return false;
+    if (const char* failure = values.failure()) {
+      parent.acknowledge(failure);
+      continue;
+    }
+    Trl_Tx edited(*this);
+    values.store(edited);
+    *this = edited;
+    return true;
   }
 }

@@ -10,6 +10,10 @@
 #include "toolkit/point.h"
 #include "toolkit/string.h"
 
+namespace tk {
+class window;
+}
+
 class Trl_Grid;
 class Trl_Rx;
 class Trl_RandomRegion;
@@ -57,6 +61,10 @@ class Trl_Tx {
   // Reads one record "n x y": label "BS%04d" with n, number -1, cell 0, 0, position (x, y, z),
   // spare -1, status 0; the radio values stay. False at the end of the stream or on a bad token.
   bool read(std::istream& in, double z);
+
+  // The property dialog "Base station" over the window. It works on a copy and assigns it
+  // back on "Ok" once the values pass; status 1 and 2 come back as 0. False on "Cancel".
+  bool edit(tk::window& parent);
 
   // Reads a whole base station file: every record is a copy of the template with the
   // record's label and position (z 0) and `number` from a counter starting at 0, appended to
