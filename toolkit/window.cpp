@@ -495,8 +495,8 @@ void window::show_coordinates(int px, int py) {
 }
 
 void show_mouse_position(window* w, double x, double y) {
-  if (!w || !w->status_open()) return;
-  w->set_status_string(tk::string("%8.2f %8.2f", x, y));
+  if (!w) return;
+  w->coordinate_text = tk::string("%8.2f %8.2f", x, y).str();
 }
 
 // ---- events

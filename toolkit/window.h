@@ -181,6 +181,7 @@ class window {
   int get_item_width() const { return item_width; }
   int background_colour() const { return background; }
   void* native = nullptr;  // the backend's own data for this window
+  std::string coordinate_text;  // the mouse position as the coordinate handler formatted it
   // Called by backends: a repaint of everything or of a part (pixels) is wanted.
   void request_redraw();
   void request_redraw(int px0, int py0, int px1, int py1);

@@ -1,0 +1,317 @@
+#include "app/Trl_Planner.h"
+
+#include <cfloat>
+#include <cmath>
+
+#include "propagation/Trl_Motorola.h"
+#include "propagation/Trl_PathLoss.h"
+#include "search/Trl_Assignment.h"
+#include "toolkit/array.h"
+#include "toolkit/directory.h"
+#include "toolkit/window.h"
+
+Trl_Planner planner;
+bool exit_flag = false;
+
+namespace {
+
+double from_db(double db) { return std::pow(10.0, 0.1 * db); }
+double from_dbm(double dbm) { return std::pow(10.0, 0.1 * (dbm - 30)); }
+
+// A remembered file name in the starting directory.
+Trl_Filename in_start_dir(const Trl_Filename& start, const char* stem, const char* extension) {
+  return Trl_Filename(start.drive, start.directory, stem, extension);
+}
+
+void redraw_main_window(tk::window*) { planner.redraw(); }
+
+}  // namespace
+
+// ======================================================================== the spine
+
+Trl_Planner::Trl_Planner()
+    : pathloss_constant(32.2),
+      pathloss_factor(35.1),
+      ebno_up(from_db(5.5)),
+      ebno_down(from_db(10)),
+      tx_max_power(20),
+      tx_pilot_power(2),
+      tx_max_channel_power(1),
+      tx_height_ground(35),
+      tx_height_building(5),
+      tx_gain(from_db(9)),
+      tx_noise_factor(from_db(5)),
+      rx_noise_factor(from_db(9)),
+      rx_max_power(from_dbm(21)),
+      rx_min_power(from_dbm(-50)),
+      rx_gain(from_db(-3)),
+      rx_activity(0.66),
+      orthogonality(0.4),
+      rx_height(1.5),
+      rate_down(12.2),
+      rate_up(12.2),
+      frequency(2),
+      bandwidth(5),
+      temperature(17),
+      tolerance(from_db(0.03)),
+      validation_requirement(0.9),
+      max_iterations(100),
+      max_stagnation(7),
+      visualization_radius(150),
+      rx_region(0, 1000, 0, 1000, 400),
+      tx_region(20, 980, 20, 980, 40),
+      search_tries(10),
+      validation_tries(10),
+      activation(0.001),
+      terrain(nullptr),
+      distribution(nullptr),
+      start_dir("./", "", true),
+      rx_file(in_start_dir(start_dir, "mu", ".drx")),
+      distribution_file(in_start_dir(start_dir, "mu_dis", ".drd")),
+      tx_file(in_start_dir(start_dir, "bs", ".dtx")),
+      ter_file(in_start_dir(start_dir, "tarn200", ".ter")),
+      terrain_file(in_start_dir(start_dir, "terrain", ".map")),
+      assignment_file(in_start_dir(start_dir, "as", ".dat")),
+      assignment(nullptr),
+      window(nullptr),
+      spare_count(5),
+      algorithm(0),
+      propagation_model(1),
+      spare_flag(0),
+      rx_objective(1),
+      solver_strategy(0),
+      validate_downlink(true),
+      only_in_street(false),
+      only_on_building(true),
+      status_shown(false),
+      far_pathloss_constant(32.2),
+      far_pathloss_factor(35.1),
+      lmsd_linear(5.5225),
+      lmsd_exponent(1.8),
+      indoor_attenuation(15.8493192),
+      height_tolerance(0.95),
+      max_cell_radius(1500),
+      geometric_average(true),
+      wang_a(4),
+      wang_b(from_db(0)),
+      wang_c(from_db(8)),
+      model(nullptr) {}
+
+Trl_Planner::~Trl_Planner() {
+  delete assignment;
+  assignment = nullptr;
+  delete model;
+  model = nullptr;
+  // The terrain and the distribution are given up by the commands that replace them; the
+  // raster and distribution classes release themselves at the last reference.
+}
+
+tk::window* Trl_Planner::create_window() {
+  window = new tk::window(600, 600, "Celvane");
+  window->set_redraw(redraw_main_window);
+  window->set_fg_color(tk::black);
+  window->set_bg_color(tk::white);
+  window->set_coordinate_handler(tk::show_mouse_position);
+  return window;
+}
+
+void Trl_Planner::begin_command() {
+  if (window) window->disable_panel();
+}
+
+void Trl_Planner::end_command() {
+  if (window) window->enable_panel();
+}
+
+void Trl_Planner::idle() {
+  if (window && status_shown) window->close_status_window();
+  status_shown = false;
+}
+
+void Trl_Planner::show_status(const tk::string& text) {
+  if (!window) return;
+  if (!status_shown) window->open_status_window(16, 17);
+  window->set_status_string(text);
+  status_shown = true;
+}
+
+void Trl_Planner::message(const tk::string& text) {
+  if (window) window->acknowledge(text);
+}
+
+bool Trl_Planner::confirm(const tk::string& text) { return window ? window->confirm(text) : false; }
+
+bool Trl_Planner::pick_point(const tk::string& text, tk::point& p) {
+  if (!window) return false;
+  show_status(text);
+  int button = window->read_mouse(p);
+  idle();
+  return button == 1;
+}
+
+tk::string Trl_Planner::shown_path(const tk::string& path) { return path.replace_all("\\", "/"); }
+
+void Trl_Planner::not_available(const char* command) {
+  message(tk::string("\"%s\" is not available in this build.", command));
+}
+
+bool stop_requested() {
+  if (!planner.window) return false;
+  tk::point p;
+  if (planner.window->get_mouse(p) == 0) return false;
+  return planner.confirm("Do you want to stop the search?");
+}
+
+// ======================================================================== the plan view
+
+void Trl_Planner::mark_served() {
+  if (!assignment) return;
+  int i = 0;
+  for (Trl_Rx& rx : rx_list) rx.index = assignment->rows[assignment->serving[i++]];
+}
+
+void Trl_Planner::redraw() {
+  if (!window) return;
+  window->start_buffering();
+  window->draw_filled_rectangle(window->xmin(), window->ymin(), window->xmax(), window->ymax(), tk::white);
+  // The terrain's extent and the distribution's outline are drawn here once those layers
+  // are part of the program.
+  if (assignment) {
+    mark_served();
+    tk::array<tk::point> positions(tx_list.size());
+    int k = 0;
+    for (const Trl_Tx& tx : tx_list) positions[k++] = tx.position.to_point();
+    for (const Trl_Rx& rx : rx_list) window->draw_segment(rx.position.to_point(), positions[rx.index], tk::pink);
+  }
+  for (const Trl_Rx& rx : rx_list) window->draw_pixel(rx.position.to_point(), rx.bearer);
+  if (!tx_list.empty()) {
+    static const int status_colour[] = {tk::green, tk::black, tk::violet, tk::red, tk::orange};
+    window->set_node_width(4);
+    for (const Trl_Tx& tx : tx_list)
+      if (tx.status >= 0 && tx.status <= 4) window->draw_filled_node(tx.position.to_point(), status_colour[tx.status]);
+  }
+  window->flush_buffer();
+  window->stop_buffering();
+}
+
+void Trl_Planner::fit_view() {
+  if (!window) return;
+  double xmin = 0, xmax = 100, ymin = 0;
+  bool any = !rx_list.empty() || !tx_list.empty() || terrain || distribution;
+  if (any) {
+    xmin = ymin = DBL_MAX;
+    xmax = -DBL_MAX;
+    auto take_in = [&](const tk::point& low, const tk::point& high) {
+      xmin = std::min(xmin, low.xcoord());
+      xmax = std::max(xmax, high.xcoord());
+      ymin = std::min(ymin, low.ycoord());
+    };
+    if (!rx_list.empty()) take_in(rx_box_min, rx_box_max);
+    if (!tx_list.empty()) take_in(tx_box_min, tx_box_max);
+    // The terrain's and the distribution's extents join the box once those layers exist.
+    double w = xmax - xmin;
+    xmin -= 0.1 * w;
+    xmax += 0.1 * w;
+    ymin -= 0.1 * w;
+  }
+  window->init(xmin, xmax, ymin);
+}
+
+void Trl_Planner::draw_terrain() { not_available("Draw terrain"); }
+
+void Trl_Planner::draw_clutter() { not_available("Draw building clutter"); }
+
+void Trl_Planner::draw_distribution() { not_available("Draw distribution parameters"); }
+
+// ======================================================================== loading and storing
+
+void Trl_Planner::load_terrain() { not_available("Load terrain"); }
+
+void Trl_Planner::load_tx() { not_available("Load base stations"); }
+
+void Trl_Planner::load_rx() { not_available("Load mobile users"); }
+
+void Trl_Planner::load_distribution(int kind) {
+  not_available(kind == 1 ? "Grid distribution" : "Polygon distribution");
+}
+
+void Trl_Planner::remove_distribution() { not_available("Distribution parameters"); }
+
+void Trl_Planner::remove_terrain() { not_available("Terrain"); }
+
+void Trl_Planner::store_assignment() { not_available("Store assignment"); }
+
+// ======================================================================== parameter dialogs
+
+void Trl_Planner::set_heights() { not_available("Heights"); }
+
+void Trl_Planner::set_umts_parameters() { not_available("UMTS parameters"); }
+
+void Trl_Planner::set_model() { not_available("Set model"); }
+
+void Trl_Planner::set_xia_bertoni() { not_available("Xia-Bertoni parameters"); }
+
+void Trl_Planner::set_simple_model() { not_available("Simple parameters"); }
+
+void Trl_Planner::set_search_parameters() { not_available("Search parameters"); }
+
+void Trl_Planner::set_best_set_parameters() { not_available("Best-set search parameters"); }
+
+// ======================================================================== generators and pickers
+
+void Trl_Planner::generate_tx() { not_available("Random base stations"); }
+
+void Trl_Planner::generate_uniform_rx() { not_available("Uniform mobile users"); }
+
+void Trl_Planner::generate_distributed_rx() { not_available("Distributed mobile users"); }
+
+void Trl_Planner::generate_imt2000_rx() { not_available("IMT2000 mobile users"); }
+
+void Trl_Planner::edit_tx() { not_available("Base station"); }
+
+void Trl_Planner::draw_coverage() { not_available("Draw pathloss coverage"); }
+
+// ======================================================================== working order and marking
+
+int Trl_Planner::working_list(tk::list<Trl_Tx>& list) {
+  list.clear();
+  int fixed = 0;
+  for (const Trl_Tx& tx : tx_list)
+    if (tx.status != Trl_Tx::excluded) list.append(tx);
+  return fixed;
+}
+
+void Trl_Planner::mark_used() {}
+
+void Trl_Planner::mark_set(const tk::list<int>&) {}
+
+// ======================================================================== solver steps
+
+void Trl_Planner::prepare_assignment(tk::list<Trl_Tx>&) {}
+
+bool Trl_Planner::solve_current(Trl_RunningStats*) { return false; }
+
+bool Trl_Planner::compute_all(tk::list<Trl_Tx>& list, int& fixed_count, Trl_RunningStats*) {
+  fixed_count = working_list(list);
+  return false;
+}
+
+// ======================================================================== the three Run commands
+
+void Trl_Planner::compute_assignment_command() {
+  begin_command();
+  not_available("Compute Assignment");
+  end_command();
+}
+
+void Trl_Planner::simple_search_command() {
+  begin_command();
+  not_available("Simple search algorithm");
+  end_command();
+}
+
+void Trl_Planner::best_set_search_command() {
+  begin_command();
+  not_available("Best-set search algorithm");
+  end_command();
+}
