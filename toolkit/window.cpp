@@ -541,7 +541,7 @@ void window::acknowledge(const tk::string& s) {
   p.box_text = s.str();
   p.text_item("");
   p.text_item(tk::string("\\bf\\blue ") + s);
-  p.button("OK", 0);
+  p.fbutton("OK", 0);
   p.open();
 }
 
