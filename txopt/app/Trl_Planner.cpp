@@ -2,9 +2,11 @@
 
 #include <cfloat>
 #include <cmath>
+#include <fstream>
 
 #include "propagation/Trl_Motorola.h"
 #include "propagation/Trl_PathLoss.h"
+#include "propagation/Trl_Wang.h"
 #include "search/Trl_Assignment.h"
 #include "toolkit/array.h"
 #include "toolkit/directory.h"
@@ -227,9 +229,60 @@ void Trl_Planner::draw_distribution() { not_available("Draw distribution paramet
 
 void Trl_Planner::load_terrain() { not_available("Load terrain"); }
 
-void Trl_Planner::load_tx() { not_available("Load base stations"); }
+void Trl_Planner::load_tx() {
+  if (!window) return;
+  tk::string path;
+  if (!tx_file.dialog("Load", "Base station", window, path)) return;
+  const tk::string shown = shown_path(path);
+  show_status(tk::string(" Reading base station file ") + shown);
+  std::ifstream in(tk::to_native_path(path));
+  if (!in) {
+    message(tk::string("Cannot read base station file: ") + shown);
+    return;
+  }
+  tx_list.clear();
+  delete assignment;
+  assignment = nullptr;
+  const Trl_Tx templ(tk::d3_point(0, 0, tx_height_ground), tk::string(""), -1, tx_max_power,
+                     tx_pilot_power, tx_max_channel_power, tx_gain, tx_noise_factor,
+                     orthogonality, Trl_Tx::usable);
+  tk::point low, high;
+  if (!Trl_Tx::read_list(in, templ, tx_list, low, high)) {
+    message("Error while reading base station file.");
+    tx_list.clear();
+    return;
+  }
+  tx_box_min = low;
+  tx_box_max = high;
+}
 
-void Trl_Planner::load_rx() { not_available("Load mobile users"); }
+void Trl_Planner::load_rx() {
+  if (!window) return;
+  tk::string path;
+  if (!rx_file.dialog("Load", "Mobile user", window, path)) return;
+  const tk::string shown = shown_path(path);
+  show_status(tk::string(" Reading mobile user file ") + shown);
+  std::ifstream in(tk::to_native_path(path));
+  if (!in) {
+    message(tk::string("Cannot read mobile user file: ") + shown);
+    return;
+  }
+  rx_list.clear();
+  delete assignment;
+  assignment = nullptr;
+  const Trl_Rx templ(tk::d3_point(0, 0, rx_height), 1, ebno_down, ebno_up, rx_noise_factor,
+                     rx_max_power, rx_min_power, rx_gain, rx_activity, rate_down, rate_up, 0);
+  tk::point low, high;
+  int ignored = 0;
+  if (!Trl_Rx::read_list(in, templ, terrain, rx_list, low, high, ignored)) {
+    message("Error while reading mobile user file.");
+    rx_list.clear();
+    return;
+  }
+  rx_box_min = low;
+  rx_box_max = high;
+  if (ignored) message(tk::string("%d", ignored) + " users being not on terrain ignored.");
+}
 
 void Trl_Planner::load_distribution(int kind) {
   not_available(kind == 1 ? "Grid distribution" : "Polygon distribution");
@@ -239,7 +292,30 @@ void Trl_Planner::remove_distribution() { not_available("Distribution parameters
 
 void Trl_Planner::remove_terrain() { not_available("Terrain"); }
 
-void Trl_Planner::store_assignment() { not_available("Store assignment"); }
+void Trl_Planner::store_assignment() {
+  if (!window) return;
+  if (!assignment) {
+    message("No assignment available.");
+    return;
+  }
+  tk::string path;
+  if (!assignment_file.dialog("Store", "Assignment", window, path)) return;
+  std::ofstream out(tk::to_native_path(path), std::ios::out | std::ios::trunc);
+  if (!out) {
+    message(tk::string("Cannot write assignment file: ") + shown_path(path));
+    return;
+  }
+  const char* const separator = "# -----------------------------------\n";
+  out << "# Celvane: assignment of mobile users to UMTS base stations\n";
+  out << "# powers in dBm and W, base stations by their number in the list\n";
+  out << separator;
+  out << *assignment;
+  out << separator;
+  out << "# base station number/label table: \n";
+  int position = 0;
+  for (const Trl_Tx& tx : tx_list) out << position++ << " : " << tx.label << '\n';
+  out << separator;
+}
 
 // ======================================================================== parameter dialogs
 
@@ -287,20 +363,67 @@ void Trl_Planner::mark_set(const tk::list<int>&) {}
 
 // ======================================================================== solver steps
 
-void Trl_Planner::prepare_assignment(tk::list<Trl_Tx>&) {}
+// The propagation model of the "Set model" choice, made anew from the current parameters:
+// 2 the lossless one, any other value the simple law. The Xia-Bertoni model (1) is not in
+// this build; the simple law stands in for it, and the status line says so.
+void Trl_Planner::choose_model() {
+  delete model;
+  if (propagation_model == 2) {
+    model = new Trl_Wang(wang_a, wang_b, wang_c);
+    return;
+  }
+  if (propagation_model == 1)
+    show_status(" Xia-Bertoni model not available in this build: simple model used.");
+  model = new Trl_Motorola(pathloss_constant, pathloss_factor);
+}
 
-bool Trl_Planner::solve_current(Trl_RunningStats*) { return false; }
+void Trl_Planner::prepare_assignment(tk::list<Trl_Tx>& list) {
+  delete assignment;
+  assignment = nullptr;
+  choose_model();
+  Trl_Assigner::parameters settings;
+  settings.tolerance = tolerance;
+  settings.max_iterations = max_iterations;
+  settings.validate_downlink = validate_downlink;
+  settings.strategy = solver_strategy;
+  settings.bandwidth = bandwidth;
+  settings.temperature = temperature;
+  assigner.prepare(list, rx_list, settings, *model);
+  assignment = new Trl_Assignment(assigner, rx_objective, list);
+  assignment->initial_servers();
+}
 
-bool Trl_Planner::compute_all(tk::list<Trl_Tx>& list, int& fixed_count, Trl_RunningStats*) {
+bool Trl_Planner::solve_current(Trl_RunningStats* stats) {
+  if (!assignment) return false;
+  return assignment->solve(validate_downlink, stats);
+}
+
+bool Trl_Planner::compute_all(tk::list<Trl_Tx>& list, int& fixed_count, Trl_RunningStats* stats) {
+  list.clear();
   fixed_count = working_list(list);
-  return false;
+  prepare_assignment(list);
+  assignment->select_all();
+  const bool found = solve_current(stats);
+  if (found) assignment->accumulate();
+  return found;
 }
 
 // ======================================================================== the three Run commands
 
 void Trl_Planner::compute_assignment_command() {
   begin_command();
-  not_available("Compute Assignment");
+  if (tx_list.empty() || rx_list.empty()) {
+    message("No base stations or mobile users. Nothing to do?");
+    end_command();
+    return;
+  }
+  tk::list<Trl_Tx> working;
+  int fixed_count = 0;
+  if (compute_all(working, fixed_count, nullptr))
+    show_status(" Assignment with all base stations found.");
+  else
+    message("No assignment with all base stations possible.");
+  redraw();
   end_command();
 }
 

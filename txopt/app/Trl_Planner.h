@@ -153,6 +153,8 @@ class Trl_Planner {
   int working_list(tk::list<Trl_Tx>& list);
   void mark_used();
   void mark_set(const tk::list<int>& set);
+  // Makes `model` anew from the "Set model" choice and the current parameters.
+  void choose_model();
   void prepare_assignment(tk::list<Trl_Tx>& list);
   bool solve_current(Trl_RunningStats* stats);
   bool compute_all(tk::list<Trl_Tx>& list, int& fixed_count, Trl_RunningStats* stats);
