@@ -19,8 +19,10 @@ const std::map<std::string, int>& colour_tags() {
 std::vector<text_run> parse_formatted_text(const std::string& s) {
   std::vector<text_run> runs;
   text_run current;
+  // Ends the current run; a line break with no text yet stays with the next run.
   auto flush = [&]() {
-    if (!current.text.empty() || current.line_break) runs.push_back(current);
+    if (current.text.empty()) return;
+    runs.push_back(current);
     current.text.clear();
     current.line_break = false;
   };
@@ -37,8 +39,8 @@ std::vector<text_run> parse_formatted_text(const std::string& s) {
       size_t end = i + 1;
       while (end < s.size() && s[end] != ' ' && s[end] != '\\' && s[end] != '\n') ++end;
       std::string tag = s.substr(i + 1, end - i - 1);
-      bool known = true;
       text_run style = current;
+      bool known = true;
       if (tag == "bf") style.bold = true;
       else if (tag == "rm") style.bold = style.italic = style.fixed = false;
       else if (tag == "it") style.italic = true;
@@ -48,10 +50,10 @@ std::vector<text_run> parse_formatted_text(const std::string& s) {
       else known = false;
       if (known) {
         flush();
-        bool brk = style.line_break;
+        bool line_break = style.line_break || current.line_break;
         current = style;
         current.text.clear();
-        current.line_break = brk;
+        current.line_break = line_break;
         i = end;
         if (i < s.size() && s[i] == ' ') ++i;  // the blank ends the tag
         continue;
@@ -60,7 +62,7 @@ std::vector<text_run> parse_formatted_text(const std::string& s) {
     current.text += c;
     ++i;
   }
-  flush();
+  if (!current.text.empty() || current.line_break) runs.push_back(current);
   return runs;
 }
 
