@@ -49,6 +49,8 @@ string get_directory() {
 
 bool set_directory(const string& name) {
   if (!is_directory(name)) return false;
+  // A bare drive names that drive's current directory, which stays where it is.
+  if (name.length() == 2 && name[1] == ':') return true;
   std::error_code ec;
   fs::current_path(to_native_path(name), ec);
   return !ec;
