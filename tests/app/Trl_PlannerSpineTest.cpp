@@ -1,0 +1,98 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "app/Trl_Planner.h"
+#include "support/ScriptedWindows.h"
+#include "toolkit/window.h"
+
+namespace {
+
+TEST(PlannerDefaults, HoldTheLinearValuesOfTheDialogDefaults) {
+  Trl_Planner p;
+  EXPECT_NEAR(10 * std::log10(p.ebno_up), 5.5, 1e-12);
+  EXPECT_NEAR(10 * std::log10(p.rx_max_power) + 30, 21.0, 1e-12);  // dBmW
+  EXPECT_NEAR(p.rx_min_power, 1e-8, 1e-20);                         // -50 dBmW
+  EXPECT_NEAR(p.tx_gain, 7.943282347242815, 1e-12);                 // 9 dBi
+  EXPECT_NEAR(p.rx_gain, 0.5011872336272722, 1e-12);                // -3 dBi
+  EXPECT_NEAR(p.tolerance, 1.0069316688518042, 1e-15);              // 0.03 dB
+  EXPECT_EQ(p.indoor_attenuation, 15.8493192);                      // kept as stored, not 10^1.2
+  EXPECT_EQ(p.max_iterations, 100);
+  EXPECT_EQ(p.max_stagnation, 7);
+  EXPECT_EQ(p.spare_count, 5);
+  EXPECT_EQ(p.propagation_model, 1);
+  EXPECT_EQ(p.rx_objective, 1);
+  EXPECT_TRUE(p.only_on_building);
+  EXPECT_FALSE(p.only_in_street);
+  EXPECT_EQ(p.wang_b, 1.0);
+  EXPECT_EQ(p.window, nullptr);
+  EXPECT_EQ(p.assignment, nullptr);
+  // The remembered names start in the starting directory with their stems.
+  EXPECT_EQ(p.tx_file.name + p.tx_file.extension, tk::string("bs.dtx"));
+  EXPECT_EQ(p.terrain_file.name + p.terrain_file.extension, tk::string("terrain.map"));
+  EXPECT_EQ(p.distribution_file.name + p.distribution_file.extension, tk::string("mu_dis.drd"));
+  EXPECT_EQ(p.assignment_file.directory, p.start_dir.directory);
+  EXPECT_EQ(p.start_dir.name, tk::string(""));
+}
+
+TEST(PlannerWithoutWindow, AsksNothingAndShowsNothing) {
+  Trl_Planner p;
+  p.message("not seen");
+  EXPECT_FALSE(p.confirm("Do you want to stop the search?"));
+  p.show_status(" Reading base station file ");
+  EXPECT_FALSE(p.status_shown);
+  tk::point where;
+  EXPECT_FALSE(p.pick_point(" Select base station! (Right button to BREAK)", where));
+  p.fit_view();
+  p.redraw();
+}
+
+TEST(PlannerWithWindow, BracketStatusAndPick) {
+  ScriptedWindows scripted("click 50 50 left\nclick 10 10 right\n");
+  Trl_Planner p;
+  p.create_window();
+  p.window->button("Exit", 0);
+  p.window->make_menu_bar(2);
+  p.window->display();
+  p.window->init(0, 100, 0);
+  p.begin_command();
+  EXPECT_FALSE(p.window->panel_enabled());
+  p.show_status(" Reading base station file C:/plan/bs.dtx");
+  EXPECT_TRUE(p.status_shown);
+  EXPECT_TRUE(p.window->status_open());
+  p.end_command();
+  EXPECT_TRUE(p.window->panel_enabled());
+  p.idle();
+  EXPECT_FALSE(p.status_shown);
+  EXPECT_FALSE(p.window->status_open());
+  tk::point where;
+  EXPECT_TRUE(p.pick_point(" Select base station! (Right button to BREAK)", where));
+  EXPECT_NEAR(where.xcoord(), 50, 0.2);
+  EXPECT_FALSE(p.status_shown);  // pick_point runs the idle step
+  EXPECT_FALSE(p.pick_point(" Select base station! (Right button to BREAK)", where));
+  EXPECT_EQ(scripted.transcript(),
+            "status:  Reading base station file C:/plan/bs.dtx\n"
+            "status:  Select base station! (Right button to BREAK)\nclick: 50 50 left\n"
+            "status:  Select base station! (Right button to BREAK)\nclick: 10 10 right\n");
+  delete p.window;
+  p.window = nullptr;
+}
+
+TEST(PlannerView, AnEmptyPlanIsAHundredUnitsWide) {
+  ScriptedWindows scripted("");
+  Trl_Planner p;
+  p.create_window();
+  p.window->display();
+  p.fit_view();
+  EXPECT_EQ(p.window->xmin(), 0.0);
+  EXPECT_EQ(p.window->xmax(), 100.0);
+  EXPECT_EQ(p.window->ymin(), 0.0);
+  delete p.window;
+  p.window = nullptr;
+}
+
+TEST(ShownPath, TurnsBackslashesIntoSlashes) {
+  EXPECT_EQ(Trl_Planner::shown_path("C:\\data\\bs.dtx"), tk::string("C:/data/bs.dtx"));
+}
+
+}  // namespace
