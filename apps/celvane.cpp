@@ -5,5 +5,8 @@
 int main() {
   tk::fltk_backend backend;
   tk::set_backend(&backend);
-  return run_planner_main();
+  int status = run_planner_main();
+  // The global menus outlive this backend; they must not reach it at process end.
+  tk::set_backend(nullptr);
+  return status;
 }

@@ -66,5 +66,7 @@ int main(int argc, char** argv) {
   if (transcript != &std::cout) backend.capture_stdout();
   int status = run_planner_main();
   backend.release_stdout();
+  // The global menus outlive this backend; they must not reach it at process end.
+  tk::set_backend(nullptr);
   return status;
 }
