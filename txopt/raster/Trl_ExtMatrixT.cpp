@@ -1,0 +1,3 @@
+#include "raster/Trl_ExtMatrixT.h"
+
+template class Trl_ExtMatrixT<double, double>;
