@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "propagation/Trl_Motorola.h"
+#include "raster/Trl_Terrain.h"
 #include "propagation/Trl_PathLoss.h"
 #include "propagation/Trl_Wang.h"
 #include "search/Trl_Assignment.h"
@@ -104,8 +105,8 @@ Trl_Planner::~Trl_Planner() {
   assignment = nullptr;
   delete model;
   model = nullptr;
-  // The terrain and the distribution are given up by the commands that replace them; the
-  // raster and distribution classes release themselves at the last reference.
+  if (terrain) terrain->release();
+  terrain = nullptr;
 }
 
 tk::window* Trl_Planner::create_window() {
@@ -176,8 +177,7 @@ void Trl_Planner::redraw() {
   if (!window) return;
   window->start_buffering();
   window->draw_filled_rectangle(window->xmin(), window->ymin(), window->xmax(), window->ymax(), tk::white);
-  // The terrain's extent and the distribution's outline are drawn here once those layers
-  // are part of the program.
+  if (terrain) terrain->draw(*window);
   if (assignment) {
     mark_served();
     tk::array<tk::point> positions(tx_list.size());
@@ -210,7 +210,11 @@ void Trl_Planner::fit_view() {
     };
     if (!rx_list.empty()) take_in(rx_box_min, rx_box_max);
     if (!tx_list.empty()) take_in(tx_box_min, tx_box_max);
-    // The terrain's and the distribution's extents join the box once those layers exist.
+    if (terrain && terrain->loaded()) {
+      // Each raster's lattice widened by half a cell on every side.
+      for (const Trl_Grid* g : {&terrain->height_grid(), &terrain->clutter_grid()})
+        take_in(tk::point(g->x0 - 0.5 * g->dx, g->y0 - 0.5 * g->dy), tk::point(g->x1 + 0.5 * g->dx, g->y1 + 0.5 * g->dy));
+    }
     double w = xmax - xmin;
     xmin -= 0.1 * w;
     xmax += 0.1 * w;
@@ -227,7 +231,30 @@ void Trl_Planner::draw_distribution() { not_available("Draw distribution paramet
 
 // ======================================================================== loading and storing
 
-void Trl_Planner::load_terrain() { not_available("Load terrain"); }
+void Trl_Planner::load_terrain() {
+  if (!window) return;
+  tk::string path;
+  if (!terrain_file.dialog("Load", "Terrain", window, path)) return;
+  show_status(tk::string(" Reading terrain file ") + shown_path(path));
+  // The old terrain goes before the new file is known to be good.
+  if (terrain) terrain->release();
+  terrain = new Trl_Terrain;
+  terrain->load(path, [this](const tk::string& text) { message(text); });
+  if (!terrain->loaded()) {
+    message(tk::string("Cannot read terrain map file: ") + shown_path(path));
+    terrain->release();
+    terrain = nullptr;
+    return;
+  }
+  if (!rx_list.empty()) {
+    rx_list.clear();
+    message("The mobile users have been removed.");
+  }
+  if (!tx_list.empty()) {
+    tx_list.clear();
+    message("The base stations have been removed.");
+  }
+}
 
 void Trl_Planner::load_tx() {
   if (!window) return;
@@ -290,7 +317,10 @@ void Trl_Planner::load_distribution(int kind) {
 
 void Trl_Planner::remove_distribution() { not_available("Distribution parameters"); }
 
-void Trl_Planner::remove_terrain() { not_available("Terrain"); }
+void Trl_Planner::remove_terrain() {
+  if (terrain) terrain->release();
+  terrain = nullptr;
+}
 
 void Trl_Planner::store_assignment() {
   if (!window) return;
