@@ -1,0 +1,130 @@
+#include "citygen/CityGenerator.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+
+CityGenerator::CityGenerator(int cells_, double cell_size, unsigned seed)
+    : cells(cells_), size(cell_size), random(seed), building(static_cast<size_t>(cells_) * cells_, 0),
+      heights(static_cast<size_t>(cells_) * cells_, 0) {
+  lay_out();
+}
+
+// Streets every 60 m, 12 m wide; one diagonal avenue; a river across the south; a park
+// and a square downtown.
+bool CityGenerator::street(int c, int r) const {
+  double x = c * size, y = r * size, extent = cells * size;
+  if (std::fmod(x, 60.0) < 12.0 || std::fmod(y, 60.0) < 12.0) return true;
+  if (std::fabs(x - y) < 8.0) return true;                                      // diagonal avenue
+  if (y > 0.12 * extent && y < 0.18 * extent) return true;                     // river
+  if (x > 0.65 * extent && x < 0.85 * extent && y > 0.6 * extent && y < 0.8 * extent) return true;  // park
+  if (std::hypot(x - 0.4 * extent, y - 0.45 * extent) < 0.06 * extent) return true;            // square
+  return false;
+}
+
+void CityGenerator::lay_out() {
+  std::uniform_int_distribution<int> storeys(2, 12);
+  double extent = cells * size;
+  // Each lot of 20 m by 20 m gets one height; downtown lots are taller.
+  int lot = std::max(1, static_cast<int>(20.0 / size));
+  int lots = (cells + lot - 1) / lot;
+  std::vector<int> lot_height(static_cast<size_t>(lots) * lots);
+  for (int j = 0; j < lots; ++j)
+    for (int i = 0; i < lots; ++i) {
+      double dx = (i + 0.5) * lot * size - 0.5 * extent, dy = (j + 0.5) * lot * size - 0.5 * extent;
+      double downtown = std::exp(-(dx * dx + dy * dy) / (0.1 * extent * extent));
+      lot_height[static_cast<size_t>(j) * lots + i] = 3 * storeys(random) + static_cast<int>(30 * downtown);
+    }
+  for (int r = 0; r < cells; ++r)
+    for (int c = 0; c < cells; ++c) {
+      int ground = 20 + static_cast<int>(0.01 * c * size + 0.005 * r * size);
+      bool b = !street(c, r);
+      building[index(c, r)] = b ? 1 : 0;
+      heights[index(c, r)] = static_cast<short>(ground + (b ? lot_height[static_cast<size_t>(r / lot) * lots + c / lot] : 0));
+    }
+}
+
+bool CityGenerator::write_heights(const std::string& path) const {
+  unsigned across = (cells + 63) / 64, down = (cells + 31) / 32;
+  unsigned file_size = down * 32 * across * 64 * 2 + 4096;
+  std::vector<char> bytes(file_size, 0);
+  short low = *std::min_element(heights.begin(), heights.end());
+  short high = *std::max_element(heights.begin(), heights.end());
+  int written = std::snprintf(bytes.data(), 4096,
+                              "# memory mapped matrix, (C) 2001, Tarnwick Radio Labs\n"
+                              "filesize  %10u\npagesize  %10u\nentrysize %10u\nrows      %10u\ncolumns   %10u\n"
+                              "xlc 0 ylc 0 gridsize %g minimum %d maximum %d\n",
+                              file_size, 4096u, 2u, static_cast<unsigned>(cells), static_cast<unsigned>(cells), size,
+                              low, high);
+  if (written <= 0 || written >= 4096) return false;
+  for (int r = 0; r < cells; ++r)
+    for (int c = 0; c < cells; ++c) {
+      unsigned entry = ((r / 32) * across + c / 64) * 2048 + (r % 32) * 64 + (c % 64);
+      std::uint16_t h = static_cast<std::uint16_t>(heights[index(c, r)]);
+      bytes[4096 + 2 * entry] = static_cast<char>(h & 0xff);
+      bytes[4096 + 2 * entry + 1] = static_cast<char>(h >> 8);
+    }
+  std::ofstream out(path, std::ios::binary);
+  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  return static_cast<bool>(out);
+}
+
+bool CityGenerator::write_clutter(const std::string& path) const {
+  std::ofstream out(path);
+  out << "# run length coded urban cluttering, (C) 2001, Tarnwick Radio Labs\n"
+      << 0 << " " << 0 << " " << size << "\n"
+      << cells << " " << cells << "\n";
+  std::vector<int> previous;
+  for (int r = 0; r < cells; ++r) {
+    std::vector<int> runs;
+    int start = 0;
+    for (int c = 1; c <= cells; ++c)
+      if (c == cells || built(c, r) != built(start, r)) {
+        runs.push_back(c - start);
+        start = c;
+      }
+    std::vector<int> row_code = runs;
+    row_code.insert(row_code.begin(), built(0, r) ? 1 : 0);
+    if (r > 0 && row_code == previous) {
+      out << "2\n";
+      continue;
+    }
+    for (size_t k = 0; k < row_code.size(); ++k) out << (k ? " " : "") << row_code[k];
+    out << "\n";
+    previous = row_code;
+  }
+  return static_cast<bool>(out);
+}
+
+bool CityGenerator::write_base_stations(const std::string& path, int count) {
+  std::ofstream out(path);
+  std::uniform_int_distribution<int> cell(0, cells - 1);
+  for (int n = 0; n < count; ++n) {
+    // Half the stations stand on roofs, half in the streets.
+    bool on_roof = n % 2 == 0;
+    int c, r;
+    do {
+      c = cell(random);
+      r = cell(random);
+    } while (built(c, r) != on_roof);
+    out << n << " " << c * size << " " << r * size << "\n";
+  }
+  return static_cast<bool>(out);
+}
+
+bool CityGenerator::write_users(const std::string& path, int count) {
+  std::ofstream out(path);
+  std::uniform_real_distribution<double> where(0, (cells - 1) * size);
+  for (int n = 0; n < count; ++n) {
+    double x, y;
+    do {
+      x = where(random);
+      y = where(random);
+    } while (built(static_cast<int>(std::lround(x / size)), static_cast<int>(std::lround(y / size))));
+    char line[64];
+    std::snprintf(line, sizeof line, "%d %.1f %.1f\n", n, x, y);
+    out << line;
+  }
+  return static_cast<bool>(out);
+}

@@ -1,0 +1,35 @@
+// CityGenerator: a synthetic city for the sample plan and the tests. Streets in a grid
+// with a diagonal avenue and a square, blocks of buildings of varied heights, a river and
+// a park without buildings, ground that rises gently; and base stations on roofs and in
+// streets, and mobile users in the streets. Its file writers are its own, apart from the
+// program's readers, so that a reader fault cannot hide behind a writer fault.
+#pragma once
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+class CityGenerator {
+ public:
+  CityGenerator(int cells, double cell_size, unsigned seed);
+
+  bool write_heights(const std::string& path) const;   // ".map"
+  bool write_clutter(const std::string& path) const;   // ".urb"
+  bool write_base_stations(const std::string& path, int count);  // ".dtx"
+  bool write_users(const std::string& path, int count);          // ".drx"
+
+  bool built(int column, int row) const { return building[index(column, row)] != 0; }
+  short height(int column, int row) const { return heights[index(column, row)]; }
+
+ private:
+  int index(int column, int row) const { return row * cells + column; }
+  bool street(int column, int row) const;
+  void lay_out();
+
+  int cells;
+  double size;
+  std::mt19937 random;
+  std::vector<std::uint8_t> building;
+  std::vector<short> heights;
+};
