@@ -4,15 +4,9 @@
 #include <limits>
 
 #include "network/Trl_Tx.h"
-#include "toolkit/error.h"
 #include "network/Trl_RandomRegion.h"
 #include "raster/Trl_Grid.h"
-// The terrain is written at the same time as these records; until it is in the tree, the
-// operations on a terrain are left out.
-#if __has_include("raster/Trl_Terrain.h")
 #include "raster/Trl_Terrain.h"
-#define TRL_WITH_TERRAIN 1
-#endif
 
 namespace {
 
@@ -104,16 +98,9 @@ namespace {
 
 // A user on the terrain gets its cell in the height grid; one off it is refused.
 bool on_terrain(const Trl_Terrain& terrain, Trl_Rx& rx) {
-#ifdef TRL_WITH_TERRAIN
   if (!terrain.contains(tk::point(rx.position.xcoord(), rx.position.ycoord()))) return false;
   rx.set_cell(terrain.height_grid());
   return true;
-#else
-  (void)terrain;
-  (void)rx;
-  TK_ASSERT(false, "terrain test without the raster classes");
-  return false;
-#endif
 }
 
 }  // namespace
@@ -147,7 +134,6 @@ bool Trl_Rx::read_list(std::istream& in, const Trl_Rx& templ, const Trl_Terrain*
 
 namespace {
 
-#ifdef TRL_WITH_TERRAIN
 // One round of up to 100 draws: the first point on the terrain makes a user, taken unless
 // streets_only asks for an open cell and the cell holds a building.
 bool draw_on_terrain(Trl_RandomRegion& region, const Trl_Terrain& terrain, bool streets_only,
@@ -157,11 +143,12 @@ bool draw_on_terrain(Trl_RandomRegion& region, const Trl_Terrain& terrain, bool 
     if (!terrain.contains(p)) continue;
     rx.position = tk::d3_point(p.xcoord(), p.ycoord(), rx.position.zcoord());
     rx.set_cell(terrain.height_grid());
-    return !streets_only || terrain.is_open(rx.cell_i, rx.cell_j);
+    // A cell outside the clutter raster counts as open rather than being read out of range.
+    const bool open = !terrain.in_clutter(rx.cell_i, rx.cell_j) || terrain.is_open(rx.cell_i, rx.cell_j);
+    return !streets_only || open;
   }
   return false;
 }
-#endif
 
 }  // namespace
 
@@ -177,7 +164,6 @@ void Trl_Rx::generate(tk::list<Trl_Rx>& list, const Trl_Rx& templ, Trl_RandomReg
     }
     return;
   }
-#ifdef TRL_WITH_TERRAIN
   if (!terrain->height_grid().overlaps(region.xmin, region.ymin, region.xmax, region.ymax)) return;
   for (int made = 0; made < region.count;) {
     Trl_Rx rx(templ);
@@ -187,8 +173,4 @@ void Trl_Rx::generate(tk::list<Trl_Rx>& list, const Trl_Rx& templ, Trl_RandomReg
       ++made;
     }
   }
-#else
-  (void)streets_only;
-  TK_ASSERT(false, "terrain generation without the raster classes");
-#endif
 }

@@ -7,12 +7,7 @@
 #include "network/Trl_Rx.h"
 #include "toolkit/panel.h"
 #include "raster/Trl_Grid.h"
-// The terrain is written at the same time as these records; until it is in the tree, the
-// operations on a terrain are left out.
-#if __has_include("raster/Trl_Terrain.h")
 #include "raster/Trl_Terrain.h"
-#define TRL_WITH_TERRAIN 1
-#endif
 
 namespace {
 
@@ -226,5 +221,28 @@ bool Trl_Tx::edit(tk::window& parent) {
     values.store(edited);
     *this = edited;
     return true;
+  }
+}
+
+void Trl_Tx::generate(tk::list<Trl_Tx>& list, const Trl_Tx& templ, Trl_RandomRegion& region,
+                      const Trl_Terrain& terrain, bool only_on_building,
+                      double height_over_building) {
+  for (int number = 0; number < region.count;) {
+    const tk::point p = region.draw();
+    if (!terrain.contains(p)) continue;
+    Trl_Tx tx(templ);
+    tx.set_xy(p);
+    tx.label = tk::string("BS%04d", number);
+    tx.number = number;
+    tx.set_cell(terrain.height_grid());
+    // A cell outside the clutter raster counts as open rather than being read out of range.
+    const bool building =
+        terrain.in_clutter(tx.cell_i, tx.cell_j) && !terrain.is_open(tx.cell_i, tx.cell_j);
+    if (only_on_building && !building) continue;
+    if (building)
+      tx.position = tk::d3_point(p.xcoord(), p.ycoord(),
+                                 terrain.height(tx.cell_i, tx.cell_j) + height_over_building);
+    list.append(tx);
+    ++number;
   }
 }
