@@ -223,9 +223,38 @@ void Trl_Planner::fit_view() {
   window->init(xmin, xmax, ymin);
 }
 
-void Trl_Planner::draw_terrain() { not_available("Draw terrain"); }
+// The raster excerpt of 2 r cells around the base station nearest to a pick, in a window
+// of its own: heights for "Draw terrain", buildings for "Draw building clutter".
+void Trl_Planner::draw_raster(bool heights) {
+  if (tx_list.empty()) {
+    message("No base stations?");
+    return;
+  }
+  if (!terrain) {
+    message("No terrain?");
+    return;
+  }
+  tk::point p;
+  if (!pick_point(" Select base station! (Right button to BREAK)", p)) return;
+  const Trl_Tx& tx = tx_list[Trl_Tx::nearest(tx_list, p)];
+  tk::point at = tx.position.to_point();
+  int r = visualization_radius;
+  if (heights) {
+    const Trl_Grid& g = terrain->height_grid();
+    int i = g.column_of(at), j = g.row_of(at);
+    terrain->heightfield->set_view(i - r, j - r, i + r - 1, j + r - 1);
+    terrain->show_heights(*window);
+  } else {
+    const Trl_Grid& g = terrain->clutter_grid();
+    int i = g.column_of(at), j = g.row_of(at);
+    terrain->clutter->set_view(i - r, j - r, i + r - 1, j + r - 1);
+    terrain->show_clutter(*window);
+  }
+}
 
-void Trl_Planner::draw_clutter() { not_available("Draw building clutter"); }
+void Trl_Planner::draw_terrain() { draw_raster(true); }
+
+void Trl_Planner::draw_clutter() { draw_raster(false); }
 
 void Trl_Planner::draw_distribution() { not_available("Draw distribution parameters"); }
 

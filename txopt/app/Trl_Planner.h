@@ -122,6 +122,7 @@ class Trl_Planner {
   void draw_terrain();
   void draw_clutter();
   void draw_distribution();
+  void draw_raster(bool heights);
 
   // ---- loading and storing
   void load_terrain();

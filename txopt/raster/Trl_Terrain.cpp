@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "network/Trl_TxBitvector.h"
+#include "raster/Trl_RasterDisplay.h"
 #include "toolkit/color.h"
 #include "toolkit/directory.h"
 #include "toolkit/window.h"
@@ -100,4 +101,12 @@ void Trl_Terrain::draw(tk::window& w) const {
   w.draw_filled_rectangle(h.x0 - 0.5 * h.dx, h.y0 - 0.5 * h.dy, h.x1 + 0.5 * h.dx, h.y1 + 0.5 * h.dy, 13);
   w.draw_rectangle(tk::point(c.x0 - 0.5 * c.dx, c.y0 - 0.5 * c.dy), tk::point(c.x1 + 0.5 * c.dx, c.y1 + 0.5 * c.dy),
                    tk::black);
+}
+
+void Trl_Terrain::show_heights(tk::window&) {
+  if (heightfield) Trl_RasterDisplay::of(Trl_RasterDisplay::terrain).show_heights(*heightfield, true, 0, 0, 0, 0);
+}
+
+void Trl_Terrain::show_clutter(tk::window&) {
+  if (clutter) Trl_RasterDisplay::of(Trl_RasterDisplay::clutter).show_clutter(*clutter, true, 0, 0, 0, 0);
 }

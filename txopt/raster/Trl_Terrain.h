@@ -51,6 +51,9 @@ class Trl_Terrain {
                       int* columns, int* rows) const;
   // The building bits of the same walk, bit k for the k-th cell.
   void clutter_profile(int i0, int j0, int i1, int j1, int& count, Trl_TxBitvector& bits) const;
+  // The full displays of the two rasters, each in its own window.
+  void show_heights(tk::window& parent);
+  void show_clutter(tk::window& parent);
   // The two extents in the plan: grey for the heights, a black outline for the clutter.
   void draw(tk::window& w) const;
 
