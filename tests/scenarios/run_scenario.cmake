@@ -1,10 +1,22 @@
-# Plays one scenario and compares its transcript with the expected one. The folder the
-# scenario runs in is written "$DIR" in the expected file, in the program's drive form
-# (C:\...) and in its shown form (C:/...), so the comparison does not depend on where the
+# Plays one scenario in a fresh folder of its own (with a copy of the scenario folder's
+# subfolders beside it) and compares its transcript with the expected one. The folder lies
+# under /tmp because the program refuses paths with characters such as "-", which a
+# checkout's own path may hold. That folder is written "$DIR" in the
+# expected file, in the program's drive form (C:\...), its shown form (C:/...) and as a
+# directory without the drive (\...), so the comparison does not depend on where the
 # project is checked out.
+set(work /tmp/celvane_scenarios/${NAME})
+file(REMOVE_RECURSE ${work})
+file(MAKE_DIRECTORY ${work})
+file(GLOB entries ${SOURCE}/*)
+foreach(entry ${entries})
+  if(IS_DIRECTORY ${entry})
+    file(COPY ${entry} DESTINATION ${work})
+  endif()
+endforeach()
 set(transcript ${OUT}/${NAME}.transcript)
 execute_process(COMMAND ${BATCH} --seed 1 --transcript ${transcript} ${SOURCE}/${NAME}.script
-                WORKING_DIRECTORY ${SOURCE}
+                WORKING_DIRECTORY ${work}
                 RESULT_VARIABLE status
                 ERROR_VARIABLE errors)
 set(expected_status 0)
@@ -16,13 +28,12 @@ if(NOT "${status}" STREQUAL "${expected_status}")
 endif()
 
 file(READ ${transcript} actual)
-set(forward "C:${SOURCE}")
+set(forward "C:${work}")
 string(REPLACE "/" "\\" backward "${forward}")
+string(REPLACE "/" "\\" bare "${work}")
 string(REPLACE "${backward}" "$DIR" actual "${actual}")
 string(REPLACE "${forward}" "$DIR" actual "${actual}")
-# The file dialog shows the directory without its drive.
-string(REPLACE "/" "\\" backward_without_drive "${SOURCE}")
-string(REPLACE "${backward_without_drive}" "$DIR" actual "${actual}")
+string(REPLACE "${bare}" "$DIR" actual "${actual}")
 file(READ ${SOURCE}/${NAME}.expected expected)
 if(NOT actual STREQUAL expected)
   file(WRITE ${OUT}/${NAME}.actual "${actual}")

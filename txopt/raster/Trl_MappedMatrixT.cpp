@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <iostream>
 #include <vector>
 
 template <class T, class S>
@@ -65,10 +66,10 @@ bool Trl_MappedMatrixT<T, S>::read_existing(std::uint32_t wanted_rows, std::uint
     return false;
   }
   if (page[54] == '\r' && page[55] == '\n') {
-    std::fputs("Windows format\n", stdout);
+    std::cout << "Windows format\n";
     header_length = 53 + 112;
   } else {
-    std::fputs("Unix format\n", stdout);
+    std::cout << "Unix format\n";
     header_length = 53 + 106;
   }
   set_shape(rows, columns);
@@ -87,12 +88,12 @@ template <class T, class S>
 bool Trl_MappedMatrixT<T, S>::map_file() {
   std::string native = file_name;
   if (!mapping.open_existing(native)) {
-    std::fputs("cannot reopen file ...\n", stdout);
+    std::cout << "cannot reopen file ...\n";
     return false;
   }
   void* view = mapping.map(file_size);
   if (!view) {
-    std::fputs("cannot map file ...\n", stdout);
+    std::cout << "cannot map file ...\n";
     mapping.close();
     return false;
   }

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <iostream>
 
 template <class T, class S>
 Trl_MatrixT<T, S>::Trl_MatrixT() : data(nullptr), rows(0), columns(0), size(0) {}
@@ -101,7 +102,7 @@ Trl_MatrixT<T, S>* Trl_MatrixT<T, S>::subtract(const Trl_MatrixT& a) {
 
 template <class T, class S>
 Trl_MatrixT<T, S>* Trl_MatrixT<T, S>::product_of(const Trl_MatrixT&, const Trl_MatrixT&) {
-  std::fputs("oops, ... not implemented\n", stdout);
+  std::cout << "oops, ... not implemented\n";
   return this;
 }
 
