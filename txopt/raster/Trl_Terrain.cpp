@@ -90,8 +90,12 @@ void Trl_Terrain::height_profile(int i0, int j0, int i1, int j1, double, int& co
 void Trl_Terrain::clutter_profile(int i0, int j0, int i1, int j1, int& count, Trl_TxBitvector& bits) const {
   count = 0;
   for (Trl_Grid::iterator_line it(clutter->grid, i0 + offset_i, j0 + offset_j, i1 + offset_i, j1 + offset_j);
-       !it.at_end(); it.advance())
-    bits.assign(count++, clutter->built(it.col, it.row));
+       !it.at_end(); it.advance()) {
+    // A cell beyond the clutter raster reads as open ground rather than memory past it.
+    bool inside = it.col >= 0 && it.row >= 0 && it.col < static_cast<int>(clutter->columns) &&
+                  it.row < static_cast<int>(clutter->rows);
+    bits.assign(count++, inside && clutter->built(it.col, it.row));
+  }
 }
 
 void Trl_Terrain::draw(tk::window& w) const {
