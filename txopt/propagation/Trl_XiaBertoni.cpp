@@ -5,37 +5,86 @@
 
 #include "network/Trl_Rx.h"
 #include "network/Trl_Tx.h"
+#include "raster/Trl_Grid.h"
 #include "raster/Trl_Terrain.h"
+#include "toolkit/error.h"
 
 namespace {
+
 const double pi = 3.14159265358979323846;
 const double two_pi_squared = 19.739208802178716;
+const double speed_of_light = 299792458;  // m/s
 
-unsigned profile_cells(const Trl_Terrain* terrain) {
-  if (!terrain || !terrain->loaded()) return 0;
+// The raster side of the model: only a terrain with both rasters can give a profile.
+bool has_rasters(const Trl_Terrain* terrain) { return terrain && terrain->loaded(); }
+
+std::uint32_t profile_cells(const Trl_Terrain* terrain) {
+  if (!has_rasters(terrain)) return 0;
   const Trl_Grid& g = terrain->height_grid();
   return std::max(g.nx, g.ny);
 }
+
+bool on_grid(const Trl_Grid& g, int i, int j) {
+  return i >= 0 && j >= 0 && i < static_cast<int>(g.nx) && j < static_cast<int>(g.ny);
+}
+
 }  // namespace
 
-Trl_XiaBertoni::Trl_XiaBertoni(Trl_Terrain* terrain_, double frequency_ghz, double max_radius_, double tolerance_,
-                               bool geometric_, double lmsd_linear_, double lmsd_exponent_, double far_constant_,
-                               double far_factor_, double indoor_attenuation)
-    : terrain(terrain_ && terrain_->loaded() ? terrain_ : nullptr),
-      profile_size(profile_cells(terrain_)),
-      heights(static_cast<int>(profile_cells(terrain_))),
-      bits(static_cast<int>(profile_cells(terrain_)), true),
+Trl_XiaBertoni::Trl_XiaBertoni(Trl_Terrain* terrain, double frequency_ghz, double max_radius,
+                               double tolerance, bool geometric, double lmsd_linear,
+                               double lmsd_exponent, double far_constant, double far_factor,
+                               double indoor_attenuation)
+    : terrain(terrain),
+      profile_size(profile_cells(terrain)),
+      heights(static_cast<int>(profile_size)),
+      bits(static_cast<int>(profile_size), true),
       frequency(frequency_ghz * 1e9),
-      wavelength(299792458.0 / (frequency_ghz * 1e9)),
-      max_radius(max_radius_),
-      d(0), h_tx(0), h_rx(0), h_roof(0), spacing(0), street(0), dh_tx(0), dh_rx(0),
-      lmsd_linear(lmsd_linear_),
-      lmsd_exponent(lmsd_exponent_),
-      far_constant(far_constant_),
-      far_factor(far_factor_),
-      indoor_factor(1.0 / indoor_attenuation),
-      tolerance(tolerance_),
-      geometric(geometric_) {
+      wavelength(speed_of_light / (frequency_ghz * 1e9)),
+      max_radius(max_radius),
+      d(0),
+      h_tx(0),
+      h_rx(0),
+      h_roof(0),
+      spacing(0),
+      street(0),
+      dh_tx(0),
+      dh_rx(0),
+      lmsd_linear(lmsd_linear),
+      lmsd_exponent(lmsd_exponent),
+      far_constant(far_constant),
+      far_factor(far_factor),
+      indoor_factor(1 / indoor_attenuation),
+      tolerance(tolerance),
+      geometric(geometric),
+      indoor(false) {
+  if (terrain) terrain->add_reference();
+}
+
+Trl_XiaBertoni::Trl_XiaBertoni(const Trl_XiaBertoni& other)
+    : Trl_PathLoss(other),
+      terrain(other.terrain),
+      profile_size(other.profile_size),
+      heights(static_cast<int>(other.profile_size)),
+      bits(static_cast<int>(other.profile_size), true),
+      frequency(other.frequency),
+      wavelength(other.wavelength),
+      max_radius(other.max_radius),
+      d(0),
+      h_tx(0),
+      h_rx(0),
+      h_roof(0),
+      spacing(0),
+      street(0),
+      dh_tx(0),
+      dh_rx(0),
+      lmsd_linear(other.lmsd_linear),
+      lmsd_exponent(other.lmsd_exponent),
+      far_constant(other.far_constant),
+      far_factor(other.far_factor),
+      indoor_factor(other.indoor_factor),
+      tolerance(other.tolerance),
+      geometric(other.geometric),
+      indoor(false) {
   if (terrain) terrain->add_reference();
 }
 
@@ -43,78 +92,118 @@ Trl_XiaBertoni::~Trl_XiaBertoni() {
   if (terrain) terrain->release();
 }
 
-double Trl_XiaBertoni::far_loss() const {
-  return 1.0 / std::pow(10.0, (far_constant + far_factor * std::log10(d)) * 0.1);
-}
+tk::string Trl_XiaBertoni::description() { return tk::string(""); }
 
-double Trl_XiaBertoni::free_space() const {
-  double f = wavelength / (4 * pi * d);
-  return well_above() ? f * f : 2 * f * f;
-}
+// ---------------------------------------------------------------- the pair
 
-double Trl_XiaBertoni::rooftop_to_street() const {
-  double r = std::sqrt(dh_rx * dh_rx + 0.25 * street * street);
-  double theta = std::atan(2 * dh_rx / street);
-  if (theta < 0.01) theta = 0.01;
-  double t = 1 / theta - 1 / (theta + 2 * pi);
-  return wavelength / (two_pi_squared * r) * t * t;
-}
-
-double Trl_XiaBertoni::multi_screen() const {
-  if (well_above()) {
-    double x = (dh_tx / d) * std::sqrt(spacing / wavelength);
-    return lmsd_linear * std::pow(x, lmsd_exponent);
+double Trl_XiaBertoni::gain(const Trl_Tx& tx, const Trl_Rx& rx) {
+  const double dx = tx.position.xcoord() - rx.position.xcoord();
+  const double dy = tx.position.ycoord() - rx.position.ycoord();
+  d = std::sqrt(dx * dx + dy * dy);
+  indoor = false;
+  // The far law first: a pair beyond the radius costs no raster access.
+  if (d > max_radius) return finish(tx, rx, far_loss());
+  if (!has_rasters(terrain)) {
+    h_roof = 0;
+    h_tx = tx.position.zcoord();
+    return finish(tx, rx, free_space());
   }
-  if (well_below()) {
-    double q = spacing / (2 * pi * (d - spacing));
-    double r = std::sqrt(dh_tx * dh_tx + spacing * spacing);
-    double phi = -std::atan2(dh_tx, spacing);
-    double t = 1 / phi - 1 / (phi + 2 * pi);
-    return q * q * wavelength / r * t * t;
-  }
-  return spacing * spacing / (d * d);
+  int n = 0;
+  fetch_profile(tx, rx, n);
+  return near_gain(tx, rx, heights.data(), bits, n);
 }
 
-bool Trl_XiaBertoni::analyse(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B, int n) {
+double Trl_XiaBertoni::gain_on_profile(const Trl_Tx& tx, const Trl_Rx& rx,
+                                       const double* profile_heights,
+                                       const Trl_TxBitvector& profile_bits, int n) {
+  const double dx = tx.position.xcoord() - rx.position.xcoord();
+  const double dy = tx.position.ycoord() - rx.position.ycoord();
+  d = std::sqrt(dx * dx + dy * dy);
+  indoor = false;
+  if (d > max_radius) return finish(tx, rx, far_loss());
+  if (!has_rasters(terrain)) {
+    h_roof = 0;
+    h_tx = tx.position.zcoord();
+    return finish(tx, rx, free_space());
+  }
+  TK_ASSERT(n >= 1, "a profile holds at least the base station's cell");
+  return near_gain(tx, rx, profile_heights, profile_bits, n);
+}
+
+// The heights and building bits of the line from tx's cell to rx's cell. Both ends lie on
+// the height grid; when the clutter covers both, the line between them stays inside it.
+// A clutter that does not reach an end has open ground where it is missing.
+void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
+  const Trl_Grid& g = terrain->height_grid();
+  TK_ASSERT(on_grid(g, tx.cell_i, tx.cell_j) && on_grid(g, rx.cell_i, rx.cell_j),
+            "base station and mobile user cells lie on the height grid");
+  double* H = heights.data();
+  terrain->height_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, d, n, H);
+  if (terrain->in_clutter(tx.cell_i, tx.cell_j) && terrain->in_clutter(rx.cell_i, rx.cell_j)) {
+    int count = 0;
+    terrain->clutter_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, count, bits);
+    return;
+  }
+  int k = 0;
+  for (Trl_Grid::iterator_line it(g, tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j); !it.at_end();
+       it.advance(), ++k)
+    bits.assign(k, terrain->in_clutter(it.col, it.row) && !terrain->is_open(it.col, it.row));
+}
+
+double Trl_XiaBertoni::near_gain(const Trl_Tx& tx, const Trl_Rx& rx, const double* H,
+                                 const Trl_TxBitvector& B, int n) {
+  analyse(tx, rx, H, B, n);
+  double loss = free_space();
+  // No street or no more than one building on the line: nothing to diffract over.
+  if (!(street == 0 || spacing == d)) loss = loss * rooftop_to_street() * multi_screen();
+  if (indoor) loss = loss * indoor_factor;
+  return finish(tx, rx, loss);
+}
+
+double Trl_XiaBertoni::finish(const Trl_Tx& tx, const Trl_Rx& rx, double loss) const {
+  return tx.gain * rx.gain * loss;
+}
+
+// ---------------------------------------------------------------- the profile
+
+// Mean roof height over the ground line, mean building spacing and mean street width of the
+// profile H (heights, m) and B (building bits), cell 0 at the base station.
+void Trl_XiaBertoni::analyse(const Trl_Tx& tx, const Trl_Rx& rx, const double* H,
+                             const Trl_TxBitvector& B, int n) {
   // The ground at both ends: the first and the last open cell.
-  double A = H[0], Z = H[n - 1];
-  for (int i = 0; i < n; ++i)
-    if (!B.test(i)) {
-      A = H[i];
-      break;
-    }
-  for (int i = n - 1; i >= 0; --i)
-    if (!B.test(i)) {
-      Z = H[i];
-      break;
-    }
-  bool indoor = B.test(n - 1) && rx.position.zcoord() <= H[n - 1] - Z;
-  double slope = (Z - A) / static_cast<double>(n - 1);
+  int first_open = 0;
+  while (first_open < n && B.test(first_open)) ++first_open;
+  const double A = first_open < n ? H[first_open] : H[0];
+  int last_open = n - 1;
+  while (last_open >= 0 && B.test(last_open)) --last_open;
+  const double Z = last_open >= 0 ? H[last_open] : H[n - 1];
+
+  // A mobile no higher than the building it stands in is indoors; above the roof it is out.
+  indoor = B.test(n - 1) && rx.position.zcoord() <= H[n - 1] - Z;
+  const double slope = (Z - A) / static_cast<double>(n - 1);
+  // An antenna on a building stands on its roof.
   h_tx = (H[0] - A) + tx.position.zcoord();
   h_rx = rx.position.zcoord();
 
   bool in_building = B.test(0);
-  int streets = B.test(0) ? 0 : 1;
-  double gap_product = 1.0, height_sum = 0, roof_sum = 0;
+  int streets = in_building ? 0 : 1;
   int gap = 0, street_cells = 0, building_cells = 0, buildings = 0;
+  double gap_product = 1.0, height_sum = 0, roof_sum = 0;
   for (int i = 0; i < n; ++i) {
-    double over = std::max(0.0, H[i] - i * slope - A);
-    bool built = B.test(i);
-    if (!in_building) {
-      if (!built) {
-        ++gap;
-        ++street_cells;
-      } else {
-        in_building = true;
-        height_sum += over;
-        ++building_cells;
-        if (geometric) gap_product *= gap;
-        gap = 0;
-      }
-    } else if (built) {
-      height_sum += over;
+    const bool built = B.test(i);
+    if (!in_building && !built) {
+      ++gap;
+      ++street_cells;
+    } else if (!in_building && built) {
+      in_building = true;
+      height_sum += std::max(0.0, H[i] - i * slope - A);
       ++building_cells;
-    } else if (height_sum <= 0) {
+      if (geometric) gap_product = gap_product * gap;
+      gap = 0;
+    } else if (built) {
+      height_sum += std::max(0.0, H[i] - i * slope - A);
+      ++building_cells;
+    } else if (!(height_sum > 0)) {
       // A building no higher than the ground line is street.
       in_building = false;
       gap += 1 + building_cells;
@@ -131,45 +220,52 @@ bool Trl_XiaBertoni::analyse(const Trl_Tx& tx, const Trl_Rx& rx, const double* H
       ++streets;
     }
   }
+  // A building still open at the end of the line is not counted.
+
   h_roof = buildings ? roof_sum / buildings : 0;
   spacing = buildings ? d / buildings : d;
-  if (streets == 0)
-    street = 0;
-  else if (!geometric)
-    street = street_cells * d / (n * static_cast<double>(streets));
-  else
-    street = (d / n) * std::pow(gap_product, 1.0 / streets);
+  if (streets == 0) street = 0;
+  else if (!geometric) street = street_cells * d / (static_cast<double>(n) * streets);
+  else street = (d / n) * std::pow(gap_product, 1.0 / streets);
   dh_tx = std::fabs(h_tx - h_roof);
   dh_rx = std::fabs(h_rx - h_roof);
-  return indoor;
 }
 
-double Trl_XiaBertoni::over_the_roofs(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B,
-                                      int n) {
-  bool indoor = analyse(tx, rx, H, B, n);
-  double L = (street == 0 || spacing == d) ? free_space() : free_space() * rooftop_to_street() * multi_screen();
-  if (indoor) L *= indoor_factor;
-  return tx.gain * rx.gain * L;
+// ---------------------------------------------------------------- the factors
+
+bool Trl_XiaBertoni::well_above() const { return h_tx > h_roof && h_roof / h_tx < tolerance; }
+
+bool Trl_XiaBertoni::well_below() const { return h_tx < h_roof && h_tx / h_roof < tolerance; }
+
+double Trl_XiaBertoni::free_space() const {
+  const double F = wavelength / (4 * pi * d);
+  return well_above() ? F * F : 2 * F * F;
 }
 
-double Trl_XiaBertoni::gain(const Trl_Tx& tx, const Trl_Rx& rx) {
-  d = tx.position.to_point().distance(rx.position.to_point());
-  // Beyond the radius no raster is touched, and the indoor rule does not apply.
-  if (d > max_radius) return tx.gain * rx.gain * far_loss();
-  if (!terrain) {
-    h_roof = 0;
-    h_tx = tx.position.zcoord();
-    return tx.gain * rx.gain * free_space();
+double Trl_XiaBertoni::rooftop_to_street() const {
+  const double r = std::sqrt(dh_rx * dh_rx + 0.25 * street * street);
+  double theta = std::atan(2 * dh_rx / street);
+  if (theta < 0.01) theta = 0.01;
+  const double t = 1 / theta - 1 / (theta + 2 * pi);
+  return wavelength / (two_pi_squared * r) * t * t;
+}
+
+double Trl_XiaBertoni::multi_screen() const {
+  if (well_above()) {
+    const double x = (dh_tx / d) * std::sqrt(spacing / wavelength);
+    return lmsd_linear * std::pow(x, lmsd_exponent);
   }
-  int n = 0;
-  terrain->height_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, d, n, heights.data());
-  terrain->clutter_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, n, bits);
-  return over_the_roofs(tx, rx, heights.data(), bits, n);
+  if (well_below()) {
+    const double q = spacing / (2 * pi * (d - spacing));
+    const double r = std::sqrt(dh_tx * dh_tx + spacing * spacing);
+    const double phi = -std::atan2(dh_tx, spacing);
+    const double t = 1 / phi - 1 / (phi + 2 * pi);
+    return q * q * wavelength / r * t * t;
+  }
+  // The antenna near roof height.
+  return spacing * spacing / (d * d);
 }
 
-double Trl_XiaBertoni::gain_on_profile(const Trl_Tx& tx, const Trl_Rx& rx, const double* profile_heights,
-                                       const Trl_TxBitvector& profile_bits, int n) {
-  d = tx.position.to_point().distance(rx.position.to_point());
-  if (d > max_radius) return tx.gain * rx.gain * far_loss();
-  return over_the_roofs(tx, rx, profile_heights, profile_bits, n);
+double Trl_XiaBertoni::far_loss() const {
+  return 1 / std::pow(10.0, (far_constant + far_factor * std::log10(d)) * 0.1);
 }

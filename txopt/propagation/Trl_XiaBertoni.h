@@ -1,10 +1,11 @@
-// Trl_XiaBertoni: the urban propagation model. It walks the height and building rasters
-// on the line from base station to mobile user, takes from them the mean roof height,
-// building spacing and street width, and multiplies free space, the diffraction from the
-// last roof down to the street, and the multi-screen loss over the roofs. Beyond the
-// maximum cell radius a logarithmic law takes over; a user inside a building pays the
-// indoor attenuation. All values are linear power ratios, heights and lengths in m.
+// The urban propagation model: walks the height and building rasters along the line from
+// base station to mobile user, takes the mean roof height (m), building spacing (m) and
+// street width (m) on it, and multiplies free space, rooftop-to-street diffraction and
+// multi-screen loss (Xia-Bertoni), all as linear power ratios. Beyond the maximum cell radius
+// a logarithmic law takes over; a user inside a building pays a fixed indoor attenuation.
 #pragma once
+
+#include <cstdint>
 
 #include "network/Trl_TxBitvector.h"
 #include "propagation/Trl_PathLoss.h"
@@ -14,44 +15,64 @@ class Trl_Terrain;
 
 class Trl_XiaBertoni : public Trl_PathLoss {
  public:
-  Trl_XiaBertoni(Trl_Terrain* terrain, double frequency_ghz, double max_radius, double tolerance, bool geometric,
-                 double lmsd_linear, double lmsd_exponent, double far_constant, double far_factor,
-                 double indoor_attenuation);
-  ~Trl_XiaBertoni() override;
-  Trl_XiaBertoni(const Trl_XiaBertoni&) = delete;
+  // frequency_ghz in GHz, max_radius in m, tolerance 0 to 1, geometric true for the
+  // street average "geo", far_constant in dB, far_factor in dB per decade of metres,
+  // indoor_attenuation linear (above 1). Takes a reference to the terrain, which may be null.
+  Trl_XiaBertoni(Trl_Terrain* terrain, double frequency_ghz, double max_radius, double tolerance,
+                 bool geometric, double lmsd_linear, double lmsd_exponent, double far_constant,
+                 double far_factor, double indoor_attenuation);
+  // A second model on the same terrain with its own profile buffers and scratch, so that
+  // two threads can each compute with one.
+  Trl_XiaBertoni(const Trl_XiaBertoni& other);
   Trl_XiaBertoni& operator=(const Trl_XiaBertoni&) = delete;
+  ~Trl_XiaBertoni() override;
 
+  // The linear gain tx antenna port to rx antenna port. Both must have their cells on the
+  // terrain's height grid.
   double gain(const Trl_Tx& tx, const Trl_Rx& rx) override;
-  tk::string description() override { return ""; }
-  // The same on a profile fetched by the caller: n heights (m) and building bits.
+  tk::string description() override;
+  // The same on a profile of n cells that the caller has fetched, from tx's cell outward:
+  // heights in m, bit k set where cell k holds a building.
   double gain_on_profile(const Trl_Tx& tx, const Trl_Rx& rx, const double* profile_heights,
                          const Trl_TxBitvector& profile_bits, int n);
 
-  Trl_Terrain* terrain;
-  unsigned profile_size;
-  tk::array<double> heights;
-  Trl_TxBitvector bits;
-  double frequency;   // Hz
-  double wavelength;  // m
-  double max_radius;  // m
-  // Scratch of the last call.
-  double d, h_tx, h_rx, h_roof, spacing, street, dh_tx, dh_rx;
-  double lmsd_linear, lmsd_exponent;
-  double far_constant, far_factor;  // dB, dB per decade of m
-  double indoor_factor;
-  double tolerance;
-  bool geometric;
+  Trl_Terrain* terrain;         // counted reference; may be null
+  std::uint32_t profile_size;   // cells: the larger of the height grid's nx, ny; 0 without terrain
+  tk::array<double> heights;    // m, the profile of the last call
+  Trl_TxBitvector bits;         // building bits of the same profile
+  double frequency;             // Hz
+  double wavelength;            // m
+  double max_radius;            // m
+  // Scratch of the last call, shared by the formula steps.
+  double d;                     // m, plane distance
+  double h_tx;                  // m, effective base station height
+  double h_rx;                  // m, mobile height
+  double h_roof;                // m, mean roof height over the ground line
+  double spacing;               // m, mean building spacing
+  double street;                // m, mean street width
+  double dh_tx;                 // m, |h_tx - h_roof|
+  double dh_rx;                 // m, |h_rx - h_roof|
+  // Fixed by the constructor.
+  double lmsd_linear;           // linear constant of the multi-screen loss
+  double lmsd_exponent;         // its exponent
+  double far_constant;          // dB
+  double far_factor;            // dB per decade of metres
+  double indoor_factor;         // 1 / linear indoor attenuation
+  double tolerance;             // 0 to 1
+  bool geometric;               // street width by geometric ("geo") or plain ("avg") mean
+  bool indoor;                  // the user of the last call stands inside its building
 
-  // The factors of the formula on the scratch fields.
-  double far_loss() const;
+  // The factors of the formula on the scratch values, each a linear ratio.
   double free_space() const;
   double rooftop_to_street() const;
   double multi_screen() const;
-  bool well_above() const { return h_tx > h_roof && h_roof / h_tx < tolerance; }
-  bool well_below() const { return h_tx < h_roof && h_tx / h_roof < tolerance; }
+  double far_loss() const;
 
  private:
-  // Sets the scratch fields from the profile; true when the user is inside a building.
-  bool analyse(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B, int n);
-  double over_the_roofs(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B, int n);
+  void fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n);
+  double near_gain(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B, int n);
+  void analyse(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B, int n);
+  bool well_above() const;
+  bool well_below() const;
+  double finish(const Trl_Tx& tx, const Trl_Rx& rx, double loss) const;
 };
