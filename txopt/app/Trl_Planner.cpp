@@ -5,6 +5,8 @@
 #include <fstream>
 
 #include "propagation/Trl_Motorola.h"
+#include "network/Trl_RxGridDistribution.h"
+#include "network/Trl_RxPolyDistribution.h"
 #include "raster/Trl_Terrain.h"
 #include "propagation/Trl_PathLoss.h"
 #include "propagation/Trl_Wang.h"
@@ -107,6 +109,8 @@ Trl_Planner::~Trl_Planner() {
   model = nullptr;
   if (terrain) terrain->release();
   terrain = nullptr;
+  if (distribution) distribution->unref();
+  distribution = nullptr;
 }
 
 tk::window* Trl_Planner::create_window() {
@@ -178,6 +182,7 @@ void Trl_Planner::redraw() {
   window->start_buffering();
   window->draw_filled_rectangle(window->xmin(), window->ymin(), window->xmax(), window->ymax(), tk::white);
   if (terrain) terrain->draw(*window);
+  if (distribution) distribution->draw_outline(*window, tk::yellow);
   if (assignment) {
     mark_served();
     tk::array<tk::point> positions(tx_list.size());
@@ -215,6 +220,7 @@ void Trl_Planner::fit_view() {
       for (const Trl_Grid* g : {&terrain->height_grid(), &terrain->clutter_grid()})
         take_in(tk::point(g->x0 - 0.5 * g->dx, g->y0 - 0.5 * g->dy), tk::point(g->x1 + 0.5 * g->dx, g->y1 + 0.5 * g->dy));
     }
+    if (distribution) take_in(distribution->min_corner(), distribution->max_corner());
     double w = xmax - xmin;
     xmin -= 0.1 * w;
     xmax += 0.1 * w;
@@ -256,7 +262,13 @@ void Trl_Planner::draw_terrain() { draw_raster(true); }
 
 void Trl_Planner::draw_clutter() { draw_raster(false); }
 
-void Trl_Planner::draw_distribution() { not_available("Draw distribution parameters"); }
+void Trl_Planner::draw_distribution() {
+  if (!distribution) {
+    message("No mobile user distribution?");
+    return;
+  }
+  distribution->draw(true, 0, 0, 0, 0);
+}
 
 // ======================================================================== loading and storing
 
@@ -341,10 +353,41 @@ void Trl_Planner::load_rx() {
 }
 
 void Trl_Planner::load_distribution(int kind) {
-  not_available(kind == 1 ? "Grid distribution" : "Polygon distribution");
+  if (!window) return;
+  tk::string path;
+  if (!distribution_file.dialog("Load", "Mobile user distribution", window, path)) return;
+  // The status line names the last mobile user file while the distribution is read.
+  show_status(tk::string(" Reading distribution parameter file ") + shown_path(rx_file.full_path()));
+  std::ifstream in(tk::to_native_path(path));
+  if (!in.is_open()) {
+    message(tk::string("Cannot read mobile user distribution: ") + shown_path(distribution_file.full_path()));
+    return;
+  }
+  if (distribution) distribution->unref();
+  distribution = nullptr;
+  if (kind == 1) {
+    Trl_RxGridDistribution* grid = new Trl_RxGridDistribution(in);
+    if (grid->valid)
+      distribution = grid;
+    else
+      grid->unref();
+  } else if (kind == 3) {
+    Trl_RxPolyDistribution* polygons = new Trl_RxPolyDistribution(in);
+    if (polygons->valid)
+      distribution = polygons;
+    else
+      polygons->unref();
+  }
+  if (!distribution) {
+    message("Error while reading mobile user distribution file.");
+    rx_list.clear();
+  }
 }
 
-void Trl_Planner::remove_distribution() { not_available("Distribution parameters"); }
+void Trl_Planner::remove_distribution() {
+  if (distribution) distribution->unref();
+  distribution = nullptr;
+}
 
 void Trl_Planner::remove_terrain() {
   if (terrain) terrain->release();
