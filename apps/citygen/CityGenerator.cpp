@@ -128,3 +128,46 @@ bool CityGenerator::write_users(const std::string& path, int count) {
   }
   return static_cast<bool>(out);
 }
+
+double CityGenerator::busy(double x, double y) const {
+  double extent = cells * size;
+  if (y > 0.12 * extent && y < 0.18 * extent) return 0;  // river
+  if (x > 0.65 * extent && x < 0.85 * extent && y > 0.6 * extent && y < 0.8 * extent) return 20;  // park
+  double dx = x - 0.5 * extent, dy = y - 0.5 * extent;
+  return 200 + 3000 * std::exp(-(dx * dx + dy * dy) / (0.05 * extent * extent));
+}
+
+bool CityGenerator::write_grid_distribution(const std::string& path) const {
+  double extent = cells * size;
+  int n = std::max(2, static_cast<int>(extent / 50));
+  double cell = extent / n;
+  std::ofstream out(path);
+  out << "ncols " << n << "\nnrows " << n << "\nxllcorner " << cell / 2 << "\nyllcorner " << cell / 2
+      << "\ncellsize " << cell << "\nNODATA_value -9999\n";
+  // The first row written is the southern one.
+  for (int j = 0; j < n; ++j) {
+    for (int i = 0; i < n; ++i) out << (i ? " " : "") << static_cast<int>(busy((i + 0.5) * cell, (j + 0.5) * cell));
+    out << "\n";
+  }
+  return static_cast<bool>(out);
+}
+
+bool CityGenerator::write_polygon_distribution(const std::string& path) const {
+  double e = cells * size;
+  struct district {
+    double x0, y0, x1, y1;
+    int users;
+  };
+  // Rectangles given anticlockwise: south-west, south-east, north-east, north-west.
+  const district districts[] = {{0.35 * e, 0.35 * e, 0.65 * e, 0.65 * e, 30000},  // downtown
+                                {0.0, 0.18 * e, 0.35 * e, 1.0 * e, 12000},
+                                {0.65 * e, 0.18 * e, 1.0 * e, 0.6 * e, 10000},
+                                {0.65 * e, 0.6 * e, 0.85 * e, 0.8 * e, 200},        // park
+                                {0.0, 0.0, 1.0 * e, 0.12 * e, 6000}};               // south bank
+  std::ofstream out(path);
+  out << sizeof districts / sizeof districts[0] << "\n";
+  for (const district& d : districts)
+    out << "4 " << d.x0 << " " << d.y0 << " " << d.x1 << " " << d.y0 << " " << d.x1 << " " << d.y1 << " " << d.x0
+        << " " << d.y1 << " " << d.users << "\n";
+  return static_cast<bool>(out);
+}

@@ -18,6 +18,10 @@ class CityGenerator {
   bool write_clutter(const std::string& path) const;   // ".urb"
   bool write_base_stations(const std::string& path, int count);  // ".dtx"
   bool write_users(const std::string& path, int count);          // ".drx"
+  // User densities: a grid of 50 m cells and a set of districts, busier downtown, almost
+  // empty over the river and the park.
+  bool write_grid_distribution(const std::string& path) const;     // ".drd", grid form
+  bool write_polygon_distribution(const std::string& path) const;  // ".drd", polygon form
 
   bool built(int column, int row) const { return building[index(column, row)] != 0; }
   short height(int column, int row) const { return heights[index(column, row)]; }
@@ -25,6 +29,7 @@ class CityGenerator {
  private:
   int index(int column, int row) const { return row * cells + column; }
   bool street(int column, int row) const;
+  double busy(double x, double y) const;  // users per 50 m square at the busy hour
   void lay_out();
 
   int cells;
