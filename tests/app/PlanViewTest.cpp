@@ -1,0 +1,155 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+
+#include "app/Trl_Planner.h"
+#include "network/Trl_RxGridDistribution.h"
+#include "raster/RasterFiles.h"
+#include "raster/Trl_Terrain.h"
+#include "search/Trl_Assignment.h"
+#include "support/ScriptedWindows.h"
+#include "toolkit/color.h"
+#include "toolkit/directory.h"
+#include "toolkit/window.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// A planner with a main window of 600 by 600 over the scripted backend.
+struct PlanWindow {
+  ScriptedWindows scripted{""};
+  Trl_Planner planner;
+  PlanWindow() {
+    planner.create_window();
+    planner.window->display();
+  }
+  ~PlanWindow() {
+    delete planner.window;
+    planner.window = nullptr;
+  }
+  void box(double& xmin, double& xmax, double& ymin) {
+    planner.fit_view();
+    xmin = planner.window->xmin();
+    xmax = planner.window->xmax();
+    ymin = planner.window->ymin();
+  }
+};
+
+Trl_Tx station(double x, double y) { return Trl_Tx(tk::d3_point(x, y, 30), "", 0, 20, 2, 1, 7.94, 3.16, 0.4, 0); }
+Trl_Rx user(double x, double y, int number) {
+  return Trl_Rx(tk::d3_point(x, y, 1.5), number, 10, 3.55, 7.94, 0.125, 1e-8, 0.5, 0.66, 12.2, 12.2, 0);
+}
+
+TEST(PlanView, FitsTheBoxOfEachKindOfData) {
+  PlanWindow w;
+  double xmin, xmax, ymin;
+  w.box(xmin, xmax, ymin);
+  EXPECT_EQ(xmin, 0.0);
+  EXPECT_EQ(xmax, 100.0);
+  EXPECT_EQ(ymin, 0.0);
+
+  // Users only: their box with 10 % of its width on each side, also below.
+  w.planner.rx_list.append(user(100, 50, 0));
+  w.planner.rx_box_min = tk::point(100, 50);
+  w.planner.rx_box_max = tk::point(300, 400);
+  w.box(xmin, xmax, ymin);
+  EXPECT_DOUBLE_EQ(xmin, 80.0);
+  EXPECT_DOUBLE_EQ(xmax, 320.0);
+  EXPECT_DOUBLE_EQ(ymin, 30.0);
+
+  // Base stations widen it.
+  w.planner.tx_list.append(station(0, 0));
+  w.planner.tx_box_min = tk::point(0, -100);
+  w.planner.tx_box_max = tk::point(200, 200);
+  w.box(xmin, xmax, ymin);
+  EXPECT_DOUBLE_EQ(xmin, -30.0);
+  EXPECT_DOUBLE_EQ(xmax, 330.0);
+  EXPECT_DOUBLE_EQ(ymin, -130.0);
+
+  // A distribution of 2 by 2 cells of 100 m from (1000, 0): its cells reach 50 m beyond.
+  std::istringstream in("ncols 2 nrows 2 xllcorner 1000 yllcorner 0 cellsize 100 NODATA_value 0 1 1 1 1");
+  w.planner.distribution = new Trl_RxGridDistribution(in);
+  w.box(xmin, xmax, ymin);
+  EXPECT_DOUBLE_EQ(xmin, 0 - 0.1 * 1150);
+  EXPECT_DOUBLE_EQ(xmax, 1150 + 0.1 * 1150);
+  EXPECT_DOUBLE_EQ(ymin, -100 - 0.1 * 1150);
+  w.planner.remove_distribution();
+}
+
+TEST(PlanView, ATerrainOfHalfCellsBeyondItsNodes) {
+  fs::path dir = fs::path(testing::TempDir()) / "celvane_fit";
+  fs::remove_all(dir);
+  fs::create_directories(dir);
+  raster_files::write_map((dir / "t.map").string(), 101, 101, [](unsigned, unsigned) { return short(10); },
+                          "xlc 0 ylc 0 gridsize 10 minimum 10 maximum 10");
+  std::ostringstream urb;
+  urb << "# run length coded urban cluttering, (C) 2001, Tarnwick Radio Labs\n0 0 10\n101 101\n0 101\n";
+  for (int r = 1; r < 101; ++r) urb << "2\n";
+  raster_files::write_text((dir / "t.urb").string(), urb.str());
+  PlanWindow w;
+  w.planner.terrain = new Trl_Terrain;
+  testing::internal::CaptureStdout();
+  w.planner.terrain->load(tk::to_drive_path((dir / "t.map").string()), [](const tk::string&) {});
+  testing::internal::GetCapturedStdout();
+  ASSERT_TRUE(w.planner.terrain->loaded());
+  double xmin, xmax, ymin;
+  w.box(xmin, xmax, ymin);
+  EXPECT_DOUBLE_EQ(xmin, -106.0);
+  EXPECT_DOUBLE_EQ(xmax, 1106.0);
+  EXPECT_DOUBLE_EQ(ymin, -106.0);
+  w.planner.remove_terrain();
+  fs::remove_all(dir);
+}
+
+TEST(PlanView, EveryUserHasOneLineToItsServerAndStationsShowTheirStatus) {
+  PlanWindow w;
+  Trl_Planner& p = w.planner;
+  p.propagation_model = 0;
+  tk::point corners[3] = {tk::point(0, 0), tk::point(400, 0), tk::point(200, 300)};
+  int n = 0;
+  for (const tk::point& c : corners) {
+    Trl_Tx tx = station(c.xcoord(), c.ycoord());
+    tx.number = n++;
+    p.tx_list.append(tx);
+  }
+  p.tx_list[p.tx_list.last()].status = Trl_Tx::fixed;
+  for (int k = 0; k < 9; ++k) p.rx_list.append(user(20 + 40 * k, 10 + 30 * (k % 3), k));
+  p.tx_box_min = tk::point(0, 0);
+  p.tx_box_max = tk::point(400, 300);
+  p.rx_box_min = tk::point(20, 10);
+  p.rx_box_max = tk::point(340, 70);
+  tk::list<Trl_Tx> working;
+  int fixed = 0;
+  ASSERT_TRUE(p.compute_all(working, fixed, nullptr));
+  p.fit_view();
+  p.redraw();
+  const tk::script_painter* drawing = w.scripted.scripted().drawing_of(*p.window);
+  ASSERT_NE(drawing, nullptr);
+  int lines = 0, nodes = 0;
+  for (const tk::drawing_op& op : drawing->operations()) {
+    if (op.kind == tk::drawing_op::line && op.colour == tk::pink) {
+      // From the user's pixel to its server's pixel, as the assignment has it.
+      int k = lines++;
+      const Trl_Rx& rx = p.rx_list[p.rx_list.get_item(k)];
+      int server = p.assignment->rows[p.assignment->serving[k]];
+      EXPECT_EQ(rx.index, server);
+      const Trl_Tx& tx = p.tx_list[p.tx_list.get_item(server)];
+      EXPECT_EQ(op.xy[0], p.window->x_to_pixel(rx.position.xcoord()));
+      EXPECT_EQ(op.xy[1], p.window->y_to_pixel(rx.position.ycoord()));
+      EXPECT_EQ(op.xy[2], p.window->x_to_pixel(tx.position.xcoord()));
+      EXPECT_EQ(op.xy[3], p.window->y_to_pixel(tx.position.ycoord()));
+    }
+    if (op.kind == tk::drawing_op::disc) {
+      int expected = nodes == 2 ? tk::red : tk::green;  // the fixed one is red, usable ones green
+      EXPECT_EQ(op.colour, expected);
+      EXPECT_EQ(op.xy[2], 2);  // node width 4
+      ++nodes;
+    }
+  }
+  EXPECT_EQ(lines, 9);
+  EXPECT_EQ(nodes, 3);
+}
+
+}  // namespace
