@@ -130,24 +130,15 @@ double Trl_XiaBertoni::gain_on_profile(const Trl_Tx& tx, const Trl_Rx& rx,
   return near_gain(tx, rx, profile_heights, profile_bits, n);
 }
 
-// The heights and building bits of the line from tx's cell to rx's cell. Both ends lie on
-// the height grid; when the clutter covers both, the line between them stays inside it.
-// A clutter that does not reach an end has open ground where it is missing.
+// The heights and building bits of the line from tx's cell to rx's cell, both on the height
+// grid. The clutter walk reads a cell beyond the clutter raster as open ground.
 void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
   const Trl_Grid& g = terrain->height_grid();
   TK_ASSERT(on_grid(g, tx.cell_i, tx.cell_j) && on_grid(g, rx.cell_i, rx.cell_j),
             "base station and mobile user cells lie on the height grid");
-  double* H = heights.data();
-  terrain->height_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, d, n, H);
-  if (terrain->in_clutter(tx.cell_i, tx.cell_j) && terrain->in_clutter(rx.cell_i, rx.cell_j)) {
-    int count = 0;
-    terrain->clutter_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, count, bits);
-    return;
-  }
-  int k = 0;
-  for (Trl_Grid::iterator_line it(g, tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j); !it.at_end();
-       it.advance(), ++k)
-    bits.assign(k, terrain->in_clutter(it.col, it.row) && !terrain->is_open(it.col, it.row));
+  terrain->height_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, d, n, heights.data());
+  int count = 0;
+  terrain->clutter_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, count, bits);
 }
 
 double Trl_XiaBertoni::near_gain(const Trl_Tx& tx, const Trl_Rx& rx, const double* H,
