@@ -1,5 +1,7 @@
 #include "raster/Trl_Clutter.h"
 
+#include "raster/Trl_Heightfield.h"
+
 #include <string>
 
 const char* const Trl_Clutter::magic = "# run length coded urban cluttering, (C) 2001, Tarnwick Radio Labs";
@@ -40,26 +42,10 @@ void Trl_Clutter::release() {
 }
 
 void Trl_Clutter::set_view(int x0, int y0, int x1, int y1) {
-  int w = x1 - x0;
-  if (x0 < 0) {
-    x0 = 0;
-    x1 = w;
-  }
-  if (x1 > static_cast<int>(columns) - 1) {
-    x1 = static_cast<int>(columns) - 1;
-    x0 = x1 - w;
-  }
-  int h = y1 - y0;
-  if (y0 < 0) {
-    y0 = 0;
-    y1 = h;
-  }
-  if (y1 > static_cast<int>(rows) - 1) {
-    y1 = static_cast<int>(rows) - 1;
-    y0 = y1 - h;
-  }
-  view_x0 = x0 < 0 ? 0 : x0;
-  view_y0 = y0 < 0 ? 0 : y0;
+  shift_into(x0, x1, static_cast<int>(columns));
+  shift_into(y0, y1, static_cast<int>(rows));
+  view_x0 = x0;
+  view_y0 = y0;
   view_x1 = x1;
   view_y1 = y1;
 }

@@ -53,30 +53,26 @@ void Trl_Heightfield::release() {
   if (--refCount == 0) delete this;
 }
 
+// Shifts the range a0..a1 inside 0..cells-1 keeping its length; a range longer than the
+// raster becomes the whole raster.
+void shift_into(int& a0, int& a1, int cells) {
+  int w = a1 - a0;
+  if (a0 < 0) {
+    a0 = 0;
+    a1 = w;
+  }
+  if (a1 > cells - 1) {
+    a1 = cells - 1;
+    a0 = a1 - w;
+  }
+  if (a0 < 0) a0 = 0;
+}
+
 void Trl_Heightfield::set_view(int x0, int y0, int x1, int y1) {
   if (!(x1 > x0)) tk::error_handler(999, "Assertion failed in file Trl_Heightfield at line 294: x1>x0");
   if (!(y1 > y0)) tk::error_handler(999, "Assertion failed in file Trl_Heightfield at line 295: y1>y0");
-  int columns = static_cast<int>(grid.nx), rows = static_cast<int>(grid.ny);
-  int w = x1 - x0;
-  if (x0 < 0) {
-    x0 = 0;
-    x1 = w;
-  }
-  if (x1 > columns - 1) {
-    x1 = columns - 1;
-    x0 = x1 - w;
-  }
-  if (x0 < 0) x0 = 0;
-  int h = y1 - y0;
-  if (y0 < 0) {
-    y0 = 0;
-    y1 = h;
-  }
-  if (y1 > rows - 1) {
-    y1 = rows - 1;
-    y0 = y1 - h;
-  }
-  if (y0 < 0) y0 = 0;
+  shift_into(x0, x1, static_cast<int>(grid.nx));
+  shift_into(y0, y1, static_cast<int>(grid.ny));
   view_x0 = x0;
   view_y0 = y0;
   view_x1 = x1;

@@ -11,6 +11,9 @@
 #include "raster/Trl_Legend.h"
 #include "raster/Trl_MappedMatrixT.h"
 
+// Shifts the cell range a0..a1 inside 0..cells-1, keeping its length where it fits.
+void shift_into(int& a0, int& a1, int cells);
+
 class Trl_Heightfield {
  public:
   explicit Trl_Heightfield(const std::string& native_file_name);

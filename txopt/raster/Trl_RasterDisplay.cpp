@@ -70,40 +70,36 @@ void Trl_RasterDisplay::make_window() {
   height = window->height();
 }
 
-void Trl_RasterDisplay::show_heights(Trl_Heightfield& h, bool full, int x0, int y0, int x1, int y1) {
+// Makes the window at the first call and notes a new size; either asks for a full picture.
+void Trl_RasterDisplay::ready(bool& full) {
   if (!window) {
     make_window();
     full = true;
   }
+  if (window->width() != width || window->height() != height) {
+    width = window->width();
+    height = window->height();
+    window->init(0, width, 0);
+    full = true;
+  }
+}
+
+void Trl_RasterDisplay::show_heights(Trl_Heightfield& h, bool full, int x0, int y0, int x1, int y1) {
+  ready(full);
   if (heights != &h) {
     h.add_reference();
     if (heights) heights->release();
     heights = &h;
   }
-  if (window->width() != width || window->height() != height) {
-    width = window->width();
-    height = window->height();
-    window->init(0, width, 0);
-    full = true;
-  }
   paint_view(full, x0, y0, x1, y1);
 }
 
 void Trl_RasterDisplay::show_clutter(Trl_Clutter& c, bool full, int x0, int y0, int x1, int y1) {
-  if (!window) {
-    make_window();
-    full = true;
-  }
+  ready(full);
   if (buildings != &c) {
     c.add_reference();
     if (buildings) buildings->release();
     buildings = &c;
-  }
-  if (window->width() != width || window->height() != height) {
-    width = window->width();
-    height = window->height();
-    window->init(0, width, 0);
-    full = true;
   }
   paint_view(full, x0, y0, x1, y1);
 }

@@ -45,5 +45,6 @@ class Trl_RasterDisplay {
 
  private:
   void make_window();
+  void ready(bool& full);
   void paint_view(bool full, int x0, int y0, int x1, int y1);
 };
