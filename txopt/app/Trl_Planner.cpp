@@ -10,6 +10,7 @@
 #include "raster/Trl_Terrain.h"
 #include "propagation/Trl_PathLoss.h"
 #include "propagation/Trl_Wang.h"
+#include "propagation/Trl_XiaBertoni.h"
 #include "search/Trl_Assignment.h"
 #include "toolkit/array.h"
 #include "toolkit/directory.h"
@@ -466,16 +467,20 @@ void Trl_Planner::mark_set(const tk::list<int>&) {}
 // ======================================================================== solver steps
 
 // The propagation model of the "Set model" choice, made anew from the current parameters:
-// 2 the lossless one, any other value the simple law. The Xia-Bertoni model (1) is not in
-// this build; the simple law stands in for it, and the status line says so.
+// 1 the Xia-Bertoni model on the current terrain (or none), 2 the lossless one, any other
+// value the simple law.
 void Trl_Planner::choose_model() {
   delete model;
   if (propagation_model == 2) {
     model = new Trl_Wang(wang_a, wang_b, wang_c);
     return;
   }
-  if (propagation_model == 1)
-    show_status(" Xia-Bertoni model not available in this build: simple model used.");
+  if (propagation_model == 1) {
+    model = new Trl_XiaBertoni(terrain, frequency, max_cell_radius, height_tolerance, geometric_average,
+                               lmsd_linear, lmsd_exponent, far_pathloss_constant, far_pathloss_factor,
+                               indoor_attenuation);
+    return;
+  }
   model = new Trl_Motorola(pathloss_constant, pathloss_factor);
 }
 
@@ -490,7 +495,8 @@ void Trl_Planner::prepare_assignment(tk::list<Trl_Tx>& list) {
   settings.strategy = solver_strategy;
   settings.bandwidth = bandwidth;
   settings.temperature = temperature;
-  assigner.prepare(list, rx_list, settings, *model);
+  assigner.prepare(list, rx_list, settings, *model, terrain,
+                   [this](const tk::string& text) { show_status(text); });
   assignment = new Trl_Assignment(assigner, rx_objective, list);
   assignment->initial_servers();
 }

@@ -4,13 +4,18 @@
 
 #include <cmath>
 #include <algorithm>
+#include <atomic>
+#include <cstdio>
 #include <limits>
 #include <thread>
+#include <utility>
 
 #include "network/Trl_Rx.h"
 #include "network/Trl_Tx.h"
 #include "propagation/Trl_Motorola.h"
 #include "propagation/Trl_PathLoss.h"
+#include "propagation/Trl_XiaBertoni.h"
+#include "raster/Trl_Terrain.h"
 #include "search/Trl_RunningStats.h"
 #include "toolkit/error.h"
 #include "toolkit/matrix.h"
@@ -102,9 +107,14 @@ void Trl_Assigner::reset() {
 }
 
 void Trl_Assigner::prepare(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
-                           const parameters& settings, Trl_PathLoss& model) {
+                           const parameters& settings, Trl_PathLoss& model,
+                           const Trl_Terrain* terrain, const status_function& status) {
   make_tables(tx_list, rx_list, settings);
-  fill_path_gains(tx_list, rx_list, model);
+  Trl_XiaBertoni* urban = dynamic_cast<Trl_XiaBertoni*>(&model);
+  if (urban && terrain && terrain->loaded())
+    fill_path_gains_in_angular_order(tx_list, rx_list, *urban, *terrain, status);
+  else
+    fill_path_gains(tx_list, rx_list, model);
   fill_targets_and_noise(tx_list, rx_list, settings);
 }
 
@@ -161,6 +171,91 @@ void Trl_Assigner::fill_path_gains(const tk::list<Trl_Tx>& tx_list,
 }
 
 bool Trl_Assigner::parallel_fill = true;
+bool Trl_Assigner::parallel_terrain_fill = false;
+
+namespace {
+
+// The users in the angular order round the reference cell (ref_i, ref_j): the angle of each
+// user is taken once, as the three-way comparison of the users takes it, and a stable sort
+// gives the one order that sorting the list by that comparison gives.
+void angular_order(int ref_i, int ref_j, const std::vector<const Trl_Rx*>& users,
+                   std::vector<std::pair<double, const Trl_Rx*>>& order) {
+  order.clear();
+  for (const Trl_Rx* rx : users)
+    order.emplace_back(std::atan2(rx->cell_j - ref_j, rx->cell_i - ref_i), rx);
+  std::stable_sort(order.begin(), order.end(),
+                   [](const std::pair<double, const Trl_Rx*>& a,
+                      const std::pair<double, const Trl_Rx*>& b) { return a.first < b.first; });
+}
+
+tk::string pathloss_progress(int done, int total) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%d of %d done.", done, total);
+  return tk::string(" Computing pathloss: ") + tk::string(text);
+}
+
+}  // namespace
+
+void Trl_Assigner::fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_list,
+                                                    const tk::list<Trl_Rx>& rx_list,
+                                                    Trl_XiaBertoni& model,
+                                                    const Trl_Terrain& terrain,
+                                                    const status_function& status) {
+  path_gain.make(tx_count, rx_count, true);
+  const Trl_Grid& grid = terrain.height_grid();
+  std::vector<Trl_Tx> stations;
+  for (const Trl_Tx& tx : tx_list) {
+    stations.push_back(tx);
+    stations.back().set_cell(grid);
+  }
+  std::vector<const Trl_Rx*> users;
+  bool numbered = true;  // every column in the table; otherwise one thread reports the bad one
+  for (const Trl_Rx& rx : rx_list) {
+    users.push_back(&rx);
+    numbered = numbered && rx.number >= 0 && rx.number < rx_count;
+  }
+
+  // One row: the users sorted round the base station, each gain stored in the column of
+  // the user's number.
+  auto fill_row = [&](int t, Trl_XiaBertoni& m, int ref_i, int ref_j,
+                      std::vector<std::pair<double, const Trl_Rx*>>& order) {
+    angular_order(ref_i, ref_j, users, order);
+    for (const auto& entry : order) path_gain.set(t, entry.second->number, m.gain(stations[t], *entry.second));
+  };
+  std::atomic<int> done(0);
+  auto report = [&]() {
+    const int now = ++done;
+    if (status) status(pathloss_progress(now, tx_count));
+  };
+
+  if (!parallel_terrain_fill || tx_count < 2 || !numbered) {
+    std::vector<std::pair<double, const Trl_Rx*>> order;
+    for (int t = 0; t < tx_count; ++t) {
+      Trl_Rx::set_reference(stations[t]);
+      fill_row(t, model, Trl_Rx::reference_i, Trl_Rx::reference_j, order);
+      report();
+    }
+    return;
+  }
+  // Two threads on alternate rows, each with a model of its own, since a model keeps the
+  // scratch of its last call. The helper leaves the class-wide reference and the status
+  // line alone; the rows it did are counted when the main thread reports.
+  Trl_XiaBertoni second(model);
+  std::thread helper([&]() {
+    std::vector<std::pair<double, const Trl_Rx*>> order;
+    for (int t = 1; t < tx_count; t += 2) {
+      fill_row(t, second, stations[t].cell_i, stations[t].cell_j, order);
+      ++done;
+    }
+  });
+  std::vector<std::pair<double, const Trl_Rx*>> order;
+  for (int t = 0; t < tx_count; t += 2) {
+    fill_row(t, model, stations[t].cell_i, stations[t].cell_j, order);
+    report();
+  }
+  helper.join();
+  if (status) status(pathloss_progress(tx_count, tx_count));
+}
 
 // The simple model row by row on columns of the users' coordinates. Users whose numbers
 // are not 0 to rx_count - 1 are left to the plain loop, which reports the bad index.

@@ -5,16 +5,20 @@
 // the downlink powers. One object lives as long as the program.
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "toolkit/array.h"
 #include "toolkit/list.h"
+#include "toolkit/string.h"
 #include "toolkit/vector.h"
 
 class Trl_Tx;
 class Trl_Rx;
 class Trl_PathLoss;
 class Trl_Motorola;
+class Trl_XiaBertoni;
+class Trl_Terrain;
 class Trl_RunningStats;
 
 class Trl_Assigner {
@@ -72,10 +76,15 @@ class Trl_Assigner {
 
   Trl_Assigner();
 
+  // Shows a progress text on the status line.
+  typedef std::function<void(const tk::string&)> status_function;
+
   // Releases the old tables and builds new ones for the two lists. The gains come from the
-  // model in the plain double loop (fill_path_gains).
+  // model in the plain double loop (fill_path_gains), or, for the Xia-Bertoni model with a
+  // loaded terrain, round each base station in angular order with progress on `status`.
   void prepare(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
-               const parameters& settings, Trl_PathLoss& model);
+               const parameters& settings, Trl_PathLoss& model,
+               const Trl_Terrain* terrain = nullptr, const status_function& status = status_function());
   // The pieces of prepare(), for a caller that fills the gains its own way:
   // release and size all tables, then take the lists' values and the settings.
   void make_tables(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
@@ -83,6 +92,13 @@ class Trl_Assigner {
   // path_gain[position of tx][number of rx] = model.gain(tx, rx), in list order.
   void fill_path_gains(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
                        Trl_PathLoss& model);
+  // The same table with the users taken anticlockwise round each base station, so that
+  // neighbouring lines touch neighbouring raster pages; the table does not depend on the
+  // order. Each base station gets its cell on the height grid first. After each base station
+  // `status` (when set) gets " Computing pathloss: %d of %d done.".
+  void fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_list,
+                                        const tk::list<Trl_Rx>& rx_list, Trl_XiaBertoni& model,
+                                        const Trl_Terrain& terrain, const status_function& status);
   // SIR targets, the share table and the noise of both sides.
   void fill_targets_and_noise(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
                               const parameters& settings);
@@ -91,6 +107,9 @@ class Trl_Assigner {
 
   // Lets the simple model fill the gain table from two threads (the result is the same).
   static bool parallel_fill;
+  // Lets the angular-order fill run on two threads, each with its own model (the result is
+  // the same to the bit). Off by default.
+  static bool parallel_terrain_fill;
 
   void set_strategy(int s) { strategy = s; }
 

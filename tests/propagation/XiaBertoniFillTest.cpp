@@ -1,0 +1,198 @@
+// The table of path gains filled by the solver with the Xia-Bertoni model: with a terrain
+// the users are taken in angular order round each base station, and the table must equal,
+// bit for bit, the one a plain double loop over the same model gives, each gain in the
+// column of the user's number.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "network/Trl_Rx.h"
+#include "network/Trl_Tx.h"
+#include "propagation/Trl_XiaBertoni.h"
+#include "raster/RasterFiles.h"
+#include "raster/Trl_Terrain.h"
+#include "search/Trl_Assigner.h"
+#include "toolkit/directory.h"
+#include "toolkit/list.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const int columns = 48, rows = 40;
+const double cell = 5;  // m
+
+bool block(int c, int r) { return c % 8 >= 2 && c % 8 <= 5 && r % 8 >= 3 && r % 8 <= 6; }
+short height(int c, int r) { return static_cast<short>((c + r) / 10 + (block(c, r) ? 8 + (c * 7 + r * 3) % 15 : 0)); }
+
+class AngularFill : public testing::Test {
+ protected:
+  void SetUp() override {
+    dir = fs::path(testing::TempDir()) / "celvane_xb_fill";
+    fs::remove_all(dir);
+    fs::create_directories(dir);
+    raster_files::write_map((dir / "city.map").string(), rows, columns,
+                            [](unsigned c, unsigned r) { return height(static_cast<int>(c), static_cast<int>(r)); },
+                            "xlc 0 ylc 0 gridsize 5 minimum 0 maximum 100");
+    // Each row as runs of equal bits, starting with the value of column 0.
+    std::ostringstream urb;
+    urb << "# run length coded urban cluttering, (C) 2001, Tarnwick Radio Labs\n0 0 5\n" << rows << " " << columns << "\n";
+    for (int r = 0; r < rows; ++r) {
+      urb << (block(0, r) ? 1 : 0);
+      int run = 1;
+      for (int c = 1; c <= columns; ++c) {
+        if (c < columns && block(c, r) == block(c - 1, r)) {
+          ++run;
+          continue;
+        }
+        urb << " " << run;
+        run = 1;
+      }
+      urb << "\n";
+    }
+    raster_files::write_text((dir / "city.urb").string(), urb.str());
+    terrain = new Trl_Terrain;
+    testing::internal::CaptureStdout();
+    terrain->load(tk::to_drive_path((dir / "city.map").string()), [](const tk::string& s) { ADD_FAILURE() << s.str(); });
+    testing::internal::GetCapturedStdout();
+    ASSERT_TRUE(terrain->loaded());
+
+    // Base stations in streets, on roofs, on the border and one off the terrain; their
+    // cells are left at 0, 0 for the fill to set.
+    const double spots[][3] = {{52, 101, 30}, {20, 25, 25}, {0, 2, 35}, {235, 190, 20}, {-30, 90, 30}, {118, 62, 6}};
+    for (const auto& s : spots) {
+      Trl_Tx tx;
+      tx.position = tk::d3_point(s[0], s[1], s[2]);
+      tx.number = static_cast<int>(stations.size());
+      stations.append(tx);
+    }
+    // Users on cells all over the terrain, the border included, numbered in a shuffled order.
+    std::mt19937 draw(7);
+    std::vector<int> numbers(400);
+    for (int k = 0; k < 400; ++k) numbers[k] = k;
+    std::shuffle(numbers.begin(), numbers.end(), draw);
+    for (int k = 0; k < 400; ++k) {
+      Trl_Rx rx;
+      const double x = k < 8 ? (k % 2) * (columns - 1) * cell : std::uniform_real_distribution<double>(0, 235)(draw);
+      const double y = k < 8 ? (k / 2 % 4) * (rows - 1) * cell / 3 : std::uniform_real_distribution<double>(0, 195)(draw);
+      rx.position = tk::d3_point(x, y, k % 5 == 0 ? 4.5 : 1.5);
+      rx.number = numbers[k];
+      rx.set_cell(terrain->height_grid());
+      users.append(rx);
+    }
+  }
+  void TearDown() override {
+    terrain->release();
+    fs::remove_all(dir);
+  }
+
+  Trl_XiaBertoni model(Trl_Terrain* t) const {
+    return Trl_XiaBertoni(t, 2, 1500, 0.95, true, 5.5225, 1.8, 32.2, 35.1, 15.8493192);
+  }
+
+  // The plain double loop: each base station with its cell on the height grid, each user in
+  // list order.
+  std::vector<std::vector<double>> plain_table(Trl_Terrain* t) const {
+    Trl_XiaBertoni m = model(t);
+    std::vector<std::vector<double>> table;
+    for (Trl_Tx tx : stations) {
+      if (t) tx.set_cell(t->height_grid());
+      std::vector<double> row(users.size());
+      for (const Trl_Rx& rx : users) row[rx.number] = m.gain(tx, rx);
+      table.push_back(row);
+    }
+    return table;
+  }
+
+  void expect_same_bits(const Trl_Assigner& a, const std::vector<std::vector<double>>& expected) const {
+    ASSERT_EQ(a.path_gain.rows(), static_cast<int>(expected.size()));
+    ASSERT_EQ(a.path_gain.columns(), static_cast<int>(users.size()));
+    int differ = 0, not_finite = 0;
+    for (int t = 0; t < a.path_gain.rows(); ++t)
+      for (int r = 0; r < a.path_gain.columns(); ++r) {
+        const double got = a.path_gain(t, r);
+        differ += std::memcmp(&got, &expected[t][r], sizeof got) != 0;
+        not_finite += !std::isfinite(got) || !(got > 0);
+      }
+    EXPECT_EQ(differ, 0);
+    EXPECT_EQ(not_finite, 0);
+  }
+
+  fs::path dir;
+  Trl_Terrain* terrain = nullptr;
+  tk::list<Trl_Tx> stations;
+  tk::list<Trl_Rx> users;
+};
+
+TEST_F(AngularFill, EqualsThePlainLoopBitForBitWithProgress) {
+  const std::vector<std::vector<double>> expected = plain_table(terrain);
+  // The lines differ: the table is not one value repeated.
+  EXPECT_NE(expected[0][0], expected[1][0]);
+
+  Trl_XiaBertoni m = model(terrain);
+  Trl_Assigner a;
+  std::vector<std::string> said;
+  a.prepare(stations, users, Trl_Assigner::parameters(), m, terrain,
+            [&](const tk::string& s) { said.push_back(s.str()); });
+  expect_same_bits(a, expected);
+  ASSERT_EQ(said.size(), 6u);
+  for (int k = 0; k < 6; ++k) EXPECT_EQ(said[k], " Computing pathloss: " + std::to_string(k + 1) + " of 6 done.");
+  // The class-wide reference of the angular order ends on the last base station's cell:
+  // (118, 62) is nearest to column 24, row 12.
+  EXPECT_EQ(Trl_Rx::reference_i, 24);
+  EXPECT_EQ(Trl_Rx::reference_j, 12);
+  // The caller's list keeps its cells.
+  EXPECT_EQ(stations.head().cell_i, 0);
+  EXPECT_EQ(stations.tail().cell_j, 0);
+
+  // Two threads give the same table to the bit; the last status says all are done.
+  Trl_Assigner::parallel_terrain_fill = true;
+  Trl_Assigner b;
+  said.clear();
+  b.prepare(stations, users, Trl_Assigner::parameters(), m, terrain,
+            [&](const tk::string& s) { said.push_back(s.str()); });
+  Trl_Assigner::parallel_terrain_fill = false;
+  expect_same_bits(b, expected);
+  ASSERT_FALSE(said.empty());
+  EXPECT_EQ(said.back(), " Computing pathloss: 6 of 6 done.");
+  EXPECT_EQ(terrain->refCount, 2);  // the test's and the model's: the helper's copy is gone
+}
+
+TEST_F(AngularFill, AngularOrderIsTheOrderOfTheUserComparison) {
+  // The fill sorts by each user's angle once; sorting the list by the three-way comparison
+  // round the same cell must give the same sequence.
+  Trl_Tx tx = stations.head();
+  tx.set_cell(terrain->height_grid());
+  Trl_Rx::set_reference(tx);
+  tk::list<Trl_Rx> sorted(users);
+  sorted.sort(compare_rx_angle);
+  std::vector<int> by_list;
+  for (const Trl_Rx& rx : sorted) by_list.push_back(rx.number);
+  std::vector<std::pair<double, int>> keyed;
+  for (const Trl_Rx& rx : users)
+    keyed.emplace_back(std::atan2(rx.cell_j - tx.cell_j, rx.cell_i - tx.cell_i), rx.number);
+  std::stable_sort(keyed.begin(), keyed.end(),
+                   [](const std::pair<double, int>& a, const std::pair<double, int>& b) { return a.first < b.first; });
+  std::vector<int> by_key;
+  for (const auto& k : keyed) by_key.push_back(k.second);
+  EXPECT_EQ(by_list, by_key);
+}
+
+TEST_F(AngularFill, WithoutTerrainThePlainLoopAndNoProgress) {
+  const std::vector<std::vector<double>> expected = plain_table(nullptr);
+  Trl_XiaBertoni bare = model(nullptr);
+  Trl_Assigner a;
+  int said = 0;
+  a.prepare(stations, users, Trl_Assigner::parameters(), bare, nullptr, [&](const tk::string&) { ++said; });
+  expect_same_bits(a, expected);
+  EXPECT_EQ(said, 0);
+}
+
+}  // namespace
