@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 #include "network/Trl_Rx.h"
 #include "network/Trl_Tx.h"
+#include "raster/Trl_Clutter.h"
 #include "raster/Trl_Grid.h"
+#include "raster/Trl_Heightfield.h"
 #include "raster/Trl_Terrain.h"
 #include "toolkit/error.h"
 
@@ -56,8 +59,11 @@ Trl_XiaBertoni::Trl_XiaBertoni(Trl_Terrain* terrain, double frequency_ghz, doubl
       indoor_factor(1 / indoor_attenuation),
       tolerance(tolerance),
       geometric(geometric),
-      indoor(false) {
+      indoor(false),
+      clutter_words(0),
+      clutter_cached(false) {
   if (terrain) terrain->add_reference();
+  prepare_clutter_cache();
 }
 
 Trl_XiaBertoni::Trl_XiaBertoni(const Trl_XiaBertoni& other)
@@ -84,8 +90,11 @@ Trl_XiaBertoni::Trl_XiaBertoni(const Trl_XiaBertoni& other)
       indoor_factor(other.indoor_factor),
       tolerance(other.tolerance),
       geometric(other.geometric),
-      indoor(false) {
+      indoor(false),
+      clutter_words(0),
+      clutter_cached(false) {
   if (terrain) terrain->add_reference();
+  prepare_clutter_cache();
 }
 
 Trl_XiaBertoni::~Trl_XiaBertoni() {
@@ -131,14 +140,67 @@ double Trl_XiaBertoni::gain_on_profile(const Trl_Tx& tx, const Trl_Rx& rx,
 }
 
 // The heights and building bits of the line from tx's cell to rx's cell, both on the height
-// grid. The clutter walk reads a cell beyond the clutter raster as open ground.
+// grid: the Bresenham walk of Trl_Grid::iterator_line, written out here so that one walk
+// reads both rasters without a call per cell. It delivers the cells of the terrain's
+// height and clutter profiles, one for one.
 void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
   const Trl_Grid& g = terrain->height_grid();
   TK_ASSERT(on_grid(g, tx.cell_i, tx.cell_j) && on_grid(g, rx.cell_i, rx.cell_j),
             "base station and mobile user cells lie on the height grid");
-  terrain->height_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, d, n, heights.data());
-  int count = 0;
-  terrain->clutter_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, count, bits);
+  const Trl_Heightfield& field = *terrain->heightfield;
+  int col = tx.cell_i, row = tx.cell_j;
+  const int di = rx.cell_i - col, dj = rx.cell_j - row;
+  const bool column_major = std::abs(di) >= std::abs(dj);
+  const int step_col = di < 0 ? -1 : 1, step_row = dj < 0 ? -1 : 1;
+  const int major = std::max(std::abs(di), std::abs(dj)), minor = std::min(std::abs(di), std::abs(dj));
+  const int inc_straight = 2 * minor, inc_diagonal = 2 * (minor - major);
+  int decision = 2 * minor - major;
+  double* H = heights.data();
+  n = major + 1;
+  for (int k = 0; k < n; ++k) {
+    H[k] = field.height(col, row);
+    bits.assign(k, built(col, row));
+    if (column_major) col += step_col;
+    else row += step_row;
+    if (decision >= 0) {
+      if (column_major) row += step_row;
+      else col += step_col;
+      decision += inc_diagonal;
+    } else {
+      decision += inc_straight;
+    }
+  }
+}
+
+// The building bit of a height grid cell; a cell beyond the clutter raster is open ground.
+bool Trl_XiaBertoni::built(int i, int j) {
+  const Trl_Clutter& clutter = *terrain->clutter;
+  const int ci = i + terrain->offset_i, cj = j + terrain->offset_j;
+  if (ci < 0 || cj < 0 || ci >= static_cast<int>(clutter.columns) || cj >= static_cast<int>(clutter.rows))
+    return false;
+  if (!clutter_cached) return clutter.built(ci, cj);
+  if (!clutter_row_ready[cj]) decode_clutter_row(cj);
+  return (clutter_bits[static_cast<size_t>(cj) * clutter_words + (ci >> 6)] >> (ci & 63)) & 1u;
+}
+
+void Trl_XiaBertoni::prepare_clutter_cache() {
+  if (!has_rasters(terrain)) return;
+  const Trl_Clutter& clutter = *terrain->clutter;
+  const std::uint64_t cells = static_cast<std::uint64_t>(clutter.rows) * clutter.columns;
+  clutter_cached = cells <= (std::uint64_t(1) << 27);
+  if (!clutter_cached) return;
+  clutter_words = static_cast<int>((clutter.columns + 63) / 64);
+  clutter_bits.assign(static_cast<size_t>(clutter.rows) * clutter_words, 0);
+  clutter_row_ready.assign(clutter.rows, 0);
+}
+
+// Each column through the clutter's cell query, so that the bits are the raster's answers.
+void Trl_XiaBertoni::decode_clutter_row(int row) {
+  const Trl_Clutter& clutter = *terrain->clutter;
+  std::uint64_t* words = clutter_bits.data() + static_cast<size_t>(row) * clutter_words;
+  for (int c = 0; c < static_cast<int>(clutter.columns); ++c)
+    if (clutter.built(c, row)) words[c >> 6] |= std::uint64_t(1) << (c & 63);
+  clutter_row_ready[row] = 1;
 }
 
 double Trl_XiaBertoni::near_gain(const Trl_Tx& tx, const Trl_Rx& rx, const double* H,

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "network/Trl_TxBitvector.h"
 #include "propagation/Trl_PathLoss.h"
@@ -70,9 +71,21 @@ class Trl_XiaBertoni : public Trl_PathLoss {
 
  private:
   void fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n);
+  void prepare_clutter_cache();
+  bool built(int i, int j);
+  void decode_clutter_row(int row);
   double near_gain(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B, int n);
   void analyse(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B, int n);
   bool well_above() const;
   bool well_below() const;
   double finish(const Trl_Tx& tx, const Trl_Rx& rx, double loss) const;
+
+  // The clutter rows that profiles have touched, decoded once each through the clutter's own
+  // cell query into plain bits, so that a profile tests a bit instead of searching a row's
+  // runs for every cell. Rows of clutter_words 64-bit words; kept only for rasters of up to
+  // 2^27 cells (16 MB), larger ones are asked cell by cell.
+  std::vector<std::uint64_t> clutter_bits;
+  std::vector<unsigned char> clutter_row_ready;
+  int clutter_words;
+  bool clutter_cached;
 };
