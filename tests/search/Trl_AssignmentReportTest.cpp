@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "app/Trl_Main.h"
+#include "app/Trl_Planner.h"
 #include "toolkit/backend.h"
 #include "toolkit/script/script_backend.h"
 
@@ -120,6 +121,7 @@ TEST(Trl_AssignmentReport, StoredReportMeetsTheLinkEquations) {
         std::ofstream transcript(dir + "/transcript.txt");
         tk::script_backend backend(script, transcript);
         tk::set_backend(&backend);
+        planner.propagation_model = 0;  // "Simple", as the "Set model" dialog would store it
         std::exit(run_planner_main());
       },
       ::testing::ExitedWithCode(0), "");
