@@ -1,7 +1,9 @@
 // tk::fltk_backend: the window backend of the program on a real screen, with FLTK. Every
-// window draws into a backing picture (an offscreen pixmap) that is copied to the screen,
-// so covering and uncovering a window repaints it without asking the program. Panels are
-// modal FLTK windows with real input widgets; menu callbacks run inside the event wait.
+// window draws into a backing picture that is copied to the screen, so covering and
+// uncovering a window repaints it without asking the program. Panels are modal FLTK dialogs
+// with real input widgets; menu callbacks run inside the event wait. The program installs it
+// at start-up:   tk::fltk_backend backend;  tk::set_backend(&backend);
+// and lets it go (tk::set_backend(nullptr)) before the backend object ends.
 #pragma once
 
 #include "toolkit/backend.h"
@@ -10,8 +12,11 @@ namespace tk {
 
 class fltk_backend : public backend {
  public:
+  // Opens the display; FLTK reports and ends the process when there is none.
   fltk_backend();
   ~fltk_backend() override;
+  fltk_backend(const fltk_backend&) = delete;
+  fltk_backend& operator=(const fltk_backend&) = delete;
 
   void create(window& w) override;
   void display(window& w, int x, int y, window* parent) override;
