@@ -5,7 +5,10 @@
 # expected file, in the program's drive form (C:\...), its shown form (C:/...) and as a
 # directory without the drive (\...), so the comparison does not depend on where the
 # project is checked out.
-set(work /tmp/celvane_scenarios/${NAME})
+# One folder per build tree, so that two builds testing at once don't share a folder.
+string(MD5 build_key "${OUT}")
+string(SUBSTRING "${build_key}" 0 8 build_key)
+set(work /tmp/celvane_scenarios/${build_key}/${NAME})
 file(REMOVE_RECURSE ${work})
 file(MAKE_DIRECTORY ${work})
 file(GLOB entries ${SOURCE}/*)
