@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <vector>
 
 #include "app/Trl_Planner.h"
 #include "support/ScriptedWindows.h"
@@ -89,6 +90,28 @@ TEST(PlannerView, AnEmptyPlanIsAHundredUnitsWide) {
   EXPECT_EQ(p.window->ymin(), 0.0);
   delete p.window;
   p.window = nullptr;
+}
+
+std::vector<bool> stop_answers;
+void poll_three_times() {
+  for (int i = 0; i < 3; ++i) stop_answers.push_back(stop_requested());
+}
+
+TEST(StopRequested, AsksOnlyWhenAClickWaitsInTheMainWindow) {
+  EXPECT_FALSE(stop_requested());  // no window: nobody can ask
+  ScriptedWindows scripted("stop after 2\nmenu Search\nyes\n");
+  planner.create_window();
+  planner.window->button("Search", poll_three_times);
+  planner.window->make_menu_bar(2);
+  planner.window->display();
+  tk::window* from = nullptr;
+  int value = 0;
+  double x = 0, y = 0;
+  tk::read_event(from, value, x, y);
+  EXPECT_EQ(stop_answers, (std::vector<bool>{false, true, false}));
+  EXPECT_EQ(scripted.transcript(), "menu: Search\nconfirm: Do you want to stop the search? -> yes\n");
+  delete planner.window;
+  planner.window = nullptr;
 }
 
 TEST(ShownPath, TurnsBackslashesIntoSlashes) {
