@@ -8,10 +8,7 @@
 #include <sstream>
 #include <string>
 
-#include <ga/garandom.h>
-
 #include "app/Trl_Main.h"
-#include "toolkit/random_source.h"
 #include "toolkit/script/script_backend.h"
 
 namespace {
@@ -57,12 +54,7 @@ int main(int argc, char** argv) {
     }
     transcript = &transcript_file;
   }
-  if (seeded) {
-    // Both the program's random sources and the genetic library draw from the fixed seed.
-    // The library reads a seed of 0 as "from the clock", so 0 is handed on as 1.
-    tk::random_source::fix_seed(seed);
-    GARandomSeed(seed == 0 ? 1u : static_cast<unsigned int>(seed));
-  }
+  if (seeded) fix_planner_seed(seed);
 
   tk::script_backend backend(text.str(), *transcript);
   if (!backend.ok()) {

@@ -3,8 +3,10 @@
 #include <cmath>
 #include <vector>
 
+#include "app/Trl_Main.h"
 #include "app/Trl_Planner.h"
 #include "support/ScriptedWindows.h"
+#include "toolkit/random_source.h"
 #include "toolkit/window.h"
 
 namespace {
@@ -112,6 +114,18 @@ TEST(StopRequested, AsksOnlyWhenAClickWaitsInTheMainWindow) {
   EXPECT_EQ(scripted.transcript(), "menu: Search\nconfirm: Do you want to stop the search? -> yes\n");
   delete planner.window;
   planner.window = nullptr;
+}
+
+TEST(FixPlannerSeed, RenewsTheSourcesOfTheRegionsBuiltBeforeTheSeed) {
+  fix_planner_seed(7);
+  // After the seed the n-th source made is seeded with 7 n: the four region sources come first.
+  tk::random_source expected[4] = {tk::random_source(7u), tk::random_source(14u), tk::random_source(21u),
+                                   tk::random_source(28u)};
+  tk::random_source* renewed[4] = {&planner.rx_region.x_source, &planner.rx_region.y_source,
+                                   &planner.tx_region.x_source, &planner.tx_region.y_source};
+  for (int k = 0; k < 4; ++k)
+    for (int draw = 0; draw < 5; ++draw) EXPECT_EQ(renewed[k]->next(), expected[k].next()) << k;
+  tk::random_source::release_seed();
 }
 
 TEST(ShownPath, TurnsBackslashesIntoSlashes) {

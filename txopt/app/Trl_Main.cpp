@@ -1,7 +1,10 @@
 #include "app/Trl_Main.h"
 
+#include <ga/garandom.h>
+
 #include "app/Trl_MenuTree.h"
 #include "app/Trl_Planner.h"
+#include "toolkit/random_source.h"
 #include "toolkit/window.h"
 
 int run_planner_main() {
@@ -15,4 +18,15 @@ int run_planner_main() {
     tk::read_event(w, value, x, y);
     planner.idle();
   }
+}
+
+void fix_planner_seed(long seed) {
+  tk::random_source::fix_seed(seed);
+  // The library reads a seed of 0 as "from the clock", so 0 is handed on as 1.
+  GARandomSeed(seed == 0 ? 1u : static_cast<unsigned int>(seed));
+  // The global planner's regions seeded themselves from the clock before main() ran.
+  planner.rx_region.x_source = tk::random_source();
+  planner.rx_region.y_source = tk::random_source();
+  planner.tx_region.x_source = tk::random_source();
+  planner.tx_region.y_source = tk::random_source();
 }

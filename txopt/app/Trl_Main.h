@@ -3,3 +3,7 @@
 #pragma once
 
 int run_planner_main();
+
+// Makes every random draw of the run repeatable from the seed: the program's sources, the
+// genetic library, and the two regions the planner was built with before the seed was known.
+void fix_planner_seed(long seed);
