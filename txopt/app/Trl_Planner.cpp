@@ -12,6 +12,7 @@
 #include "propagation/Trl_Wang.h"
 #include "propagation/Trl_XiaBertoni.h"
 #include "search/Trl_Assignment.h"
+#include "search/Trl_SimpleSearch.h"
 #include "toolkit/array.h"
 #include "toolkit/directory.h"
 #include "toolkit/window.h"
@@ -452,17 +453,103 @@ void Trl_Planner::draw_coverage() { not_available("Draw pathloss coverage"); }
 
 // ======================================================================== working order and marking
 
+namespace {
+
+// Moves the first `count` entries of `from` to the end of `to`, in order.
+void move_front(tk::list<Trl_Tx>& from, int count, tk::list<Trl_Tx>& to) {
+  for (int i = 0; i < count; ++i) to.append(from.pop());
+}
+
+// One level of the spatial order: short lists stand as they are; longer ones are sorted along
+// the axis, halved, and each half ordered along the other axis.
+void bisect(tk::list<Trl_Tx>& part, bool along_y, tk::list<Trl_Tx>& result) {
+  if (part.size() < 3) {
+    result.conc(part);
+    return;
+  }
+  part.sort(along_y ? compare_tx_y : compare_tx_x);
+  tk::list<Trl_Tx> first;
+  move_front(part, part.size() / 2, first);
+  bisect(first, !along_y, result);
+  bisect(part, !along_y, result);
+}
+
+// The leaf order of a k-d tree, so that neighbours on the plan stand near each other in the
+// list: sorted by x, halved, then each half bisected starting along y.
+void spatial_order(tk::list<Trl_Tx>& list) {
+  list.sort(compare_tx_x);
+  tk::list<Trl_Tx> first, second;
+  move_front(list, list.size() / 2, first);
+  second.conc(list);
+  bisect(first, true, list);
+  bisect(second, true, list);
+}
+
+}  // namespace
+
+// With a terrain: base stations off it are excluded and go to the end, 17 or more on it take
+// the spatial order, and all are numbered by position. Then the working list: fixed ones at
+// the front (in reverse list order), free ones after them, excluded ones left out.
 int Trl_Planner::working_list(tk::list<Trl_Tx>& list) {
   list.clear();
+  if (terrain) {
+    tk::list<Trl_Tx> on, off;
+    for (const Trl_Tx& tx : tx_list) {
+      if (terrain->contains(tx.position.to_point())) {
+        on.append(tx);
+      } else {
+        Trl_Tx outside(tx);
+        outside.status = Trl_Tx::excluded;
+        off.append(outside);
+      }
+    }
+    if (on.size() >= 17) spatial_order(on);
+    on.conc(off);
+    tx_list.clear();
+    tx_list.conc(on);
+    int number = 0;
+    for (Trl_Tx& tx : tx_list) tx.number = number++;
+  }
   int fixed = 0;
-  for (const Trl_Tx& tx : tx_list)
-    if (tx.status != Trl_Tx::excluded) list.append(tx);
+  for (Trl_Tx& tx : tx_list) {
+    if (tx.status == Trl_Tx::used || tx.status == Trl_Tx::unused) tx.status = Trl_Tx::usable;
+    if (tx.status == Trl_Tx::usable) {
+      list.append(tx);
+    } else if (tx.status == Trl_Tx::fixed) {
+      list.push(tx);
+      ++fixed;
+    }
+  }
   return fixed;
 }
 
-void Trl_Planner::mark_used() {}
+// Marks on tx_list which base stations the current assignment uses: 0 becomes 2, then each
+// selected one becomes 1, except a fixed one, which keeps 3.
+void Trl_Planner::mark_used() {
+  if (!assignment) return;
+  const Trl_Assignment& a = *assignment;
+  tk::array<int> flag(a.selected.size());
+  for (int k = 0; k < flag.size(); ++k) flag[k] = 0;
+  for (int k = a.selected.size() - 1; k >= 0; --k)
+    if (a.selected[k] != 0) flag[a.tx_numbers[k]] = 1;
+  for (Trl_Tx& tx : tx_list)
+    if (tx.status == Trl_Tx::usable) tx.status = Trl_Tx::unused;
+  int j = 0;
+  for (Trl_Tx& tx : tx_list) {
+    if (j >= flag.size()) break;
+    if (flag[j++] == 1 && tx.status != Trl_Tx::fixed) tx.status = Trl_Tx::used;
+  }
+}
 
-void Trl_Planner::mark_set(const tk::list<int>&) {}
+// Marks the base stations named in the set after a best-set search; a fixed one named there
+// becomes 1 as well.
+void Trl_Planner::mark_set(const tk::list<int>& set) {
+  for (Trl_Tx& tx : tx_list)
+    if (tx.status == Trl_Tx::usable) tx.status = Trl_Tx::unused;
+  for (int number : set)
+    for (Trl_Tx& tx : tx_list)
+      if (tx.number == number) tx.status = Trl_Tx::used;
+}
 
 // ======================================================================== solver steps
 
@@ -535,11 +622,7 @@ void Trl_Planner::compute_assignment_command() {
   end_command();
 }
 
-void Trl_Planner::simple_search_command() {
-  begin_command();
-  not_available("Simple search algorithm");
-  end_command();
-}
+void Trl_Planner::simple_search_command() { Trl_SimpleSearch::run(*this); }
 
 void Trl_Planner::best_set_search_command() {
   begin_command();

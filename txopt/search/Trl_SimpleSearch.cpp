@@ -2,6 +2,8 @@
 
 #include <iostream>
 
+#include "app/Trl_Planner.h"
+#include "network/Trl_Tx.h"
 #include "search/Trl_Assignment.h"
 #include "search/Trl_HbbWalker.h"
 #include "toolkit/error.h"
@@ -14,6 +16,51 @@ Trl_SimpleSearch::Trl_SimpleSearch(Trl_Assignment** best, int max_stagnation,
       redraw([] {}),
       show_status([](const tk::string&) {}),
       stop_requested([] { return false; }) {}
+
+Trl_SimpleSearch Trl_SimpleSearch::for_planner(Trl_Planner& planner) {
+  Trl_SimpleSearch search(&planner.assignment, planner.max_stagnation, planner.validate_downlink);
+  search.redraw = [&planner] { planner.redraw(); };
+  search.show_status = [&planner](const tk::string& text) { planner.show_status(text); };
+  search.stop_requested = [] { return ::stop_requested(); };
+  return search;
+}
+
+namespace {
+
+// The frame's ways out before a search: the message, and for all but the first a redraw.
+void end_early(Trl_Planner& planner, const char* text, bool redraw) {
+  planner.message(text);
+  if (redraw) planner.redraw();
+  planner.end_command();
+}
+
+}  // namespace
+
+void Trl_SimpleSearch::run(Trl_Planner& planner) {
+  planner.begin_command();
+  if (planner.tx_list.empty() || planner.rx_list.empty())
+    return end_early(planner, "No base stations or mobile users. Nothing to do?", false);
+  tk::list<Trl_Tx> working;
+  int fixed_count = 0;
+  if (!planner.compute_all(working, fixed_count, nullptr))
+    return end_early(planner, "No assignment with all base stations possible.", true);
+  // The full set with its powers is the first best solution.
+  planner.show_status(" Assignment with all base stations found.");
+  planner.redraw();
+  if (fixed_count == working.size())
+    return end_early(planner, "All base stations are fixed. Nothing to do?", true);
+  if (planner.algorithm != 0)
+    return end_early(planner, "The genetic search algorithm (\"GA\") is not available in this build.",
+                     true);
+  Trl_Assignment candidate(planner.assigner, planner.rx_objective, working);
+  const int result = for_planner(planner).hbb_search(fixed_count, candidate, 0);
+  planner.mark_used();
+  planner.redraw();
+  const Trl_Assignment& best = *planner.assignment;
+  planner.message(result_text(result, best.used, best.uplink_sum));
+  planner.redraw();
+  planner.end_command();
+}
 
 int Trl_SimpleSearch::hbb_search(int fixed_count, Trl_Assignment& candidate, int try_number) {
   TK_ASSERT(best != nullptr && *best != nullptr, "hbb_search without a current assignment");
