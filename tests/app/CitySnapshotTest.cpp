@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include "support/TestFolder.h"
 
 #include <cairo.h>
 
@@ -52,7 +53,7 @@ Picture read_png(const fs::path& file) {
 
 // These depend on the batch program and the city generator being built, as scripts/test does.
 TEST(CitySnapshot, ThePlanShowsTheCityAndTheRasterViewsShowItsCells) {
-  fs::path dir = fs::path(testing::TempDir()) / "celvane_city_snapshot";
+  fs::path dir = test_folder("celvane_city_snapshot");
   int status = play(dir,
                     "menu File/Load terrain\nfile data/terrain.map\n"
                     "menu File/Load base stations\nfile data/bs.dtx\n"

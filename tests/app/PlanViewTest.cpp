@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include "support/TestFolder.h"
 
 #include <filesystem>
 #include <sstream>
@@ -79,7 +80,7 @@ TEST(PlanView, FitsTheBoxOfEachKindOfData) {
 }
 
 TEST(PlanView, ATerrainOfHalfCellsBeyondItsNodes) {
-  fs::path dir = fs::path(testing::TempDir()) / "celvane_fit";
+  fs::path dir = test_folder("celvane_fit");
   fs::remove_all(dir);
   fs::create_directories(dir);
   raster_files::write_map((dir / "t.map").string(), 101, 101, [](unsigned, unsigned) { return short(10); },

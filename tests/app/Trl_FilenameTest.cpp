@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include "support/TestFolder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -22,7 +23,7 @@ class InPlanFolder : public testing::Test {
  protected:
   void SetUp() override {
     before = fs::current_path();
-    root = fs::path(testing::TempDir()) / "celvane_filename";
+    root = test_folder("celvane_filename");
     fs::remove_all(root);
     fs::create_directories(root / "maps");
     fs::create_directories(root / "lists");

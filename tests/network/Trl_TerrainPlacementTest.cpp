@@ -1,6 +1,7 @@
 // Base stations and mobile users on a terrain: the reader drops users off the terrain,
 // the generators place on it, the base stations on roofs.
 #include <gtest/gtest.h>
+#include "support/TestFolder.h"
 
 #include <filesystem>
 #include <sstream>
@@ -25,7 +26,7 @@ short roof(unsigned c, unsigned r) { return static_cast<short>(10 + c + 2 * r); 
 class Terrain100m : public testing::Test {
  protected:
   void SetUp() override {
-    dir = fs::path(testing::TempDir()) / "celvane_radio_terrain";
+    dir = test_folder("celvane_radio_terrain");
     fs::remove_all(dir);
     fs::create_directories(dir);
     raster_files::write_map((dir / "t.map").string(), 10, 10, roof,

@@ -3,6 +3,7 @@
 // Xia-Bertoni model over the terrain). The report is checked against the link equations
 // worked out here from a table of gains that a second model fills in a plain double loop.
 #include <gtest/gtest.h>
+#include "support/TestFolder.h"
 
 #include <cmath>
 #include <cstdio>
@@ -72,7 +73,7 @@ const double printed = 2e-5;  // six printed digits
 }  // namespace
 
 TEST(XiaBertoniCity, ComputeAssignmentOnTheSampleCityMeetsTheLinkEquations) {
-  const std::string dir = (std::filesystem::path(testing::TempDir()) / "celvane_xb_city").string();
+  const std::string dir = test_folder("celvane_xb_city").string();
   std::filesystem::remove_all(dir);
   std::filesystem::create_directories(dir);
   const std::string generator = std::string(CELVANE_BINARY_DIR) + "/apps/celvane-citygen";

@@ -3,6 +3,7 @@
 // bit for bit, the one a plain double loop over the same model gives, each gain in the
 // column of the user's number.
 #include <gtest/gtest.h>
+#include "support/TestFolder.h"
 
 #include <algorithm>
 #include <cmath>
@@ -36,7 +37,7 @@ short height(int c, int r) { return static_cast<short>((c + r) / 10 + (block(c, 
 class AngularFill : public testing::Test {
  protected:
   void SetUp() override {
-    dir = fs::path(testing::TempDir()) / "celvane_xb_fill";
+    dir = test_folder("celvane_xb_fill");
     fs::remove_all(dir);
     fs::create_directories(dir);
     raster_files::write_map((dir / "city.map").string(), rows, columns,

@@ -4,6 +4,7 @@
 // The mean roof height, spacing and street width of each line are worked out by hand in the
 // comments, and the gain is checked in dB against the formula summed term by term.
 #include <gtest/gtest.h>
+#include "support/TestFolder.h"
 
 #include <cmath>
 #include <filesystem>
@@ -62,7 +63,7 @@ double screens_near_db(double d, double spacing) { return 2 * db(spacing / d); }
 class Rows : public testing::Test {
  protected:
   void SetUp() override {
-    dir = fs::path(testing::TempDir()) / "celvane_xia_bertoni";
+    dir = test_folder("celvane_xia_bertoni");
     fs::remove_all(dir);
     fs::create_directories(dir);
   }

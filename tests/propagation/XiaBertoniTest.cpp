@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include "support/TestFolder.h"
 
 #include <cmath>
 #include <filesystem>
@@ -149,7 +150,7 @@ TEST(XiaBertoni, DegenerateProfilesStayFinite) {
 Trl_Terrain* street_terrain() {
   static Trl_Terrain* terrain = nullptr;
   if (terrain) return terrain;
-  fs::path dir = fs::path(testing::TempDir()) / "celvane_xb";
+  fs::path dir = test_folder("celvane_xb");
   fs::remove_all(dir);
   fs::create_directories(dir);
   TwoRows line;

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include "support/TestFolder.h"
 
 #include <filesystem>
 #include <sstream>
@@ -22,7 +23,7 @@ namespace {
 class RasterFolder : public testing::Test {
  protected:
   void SetUp() override {
-    dir = fs::path(testing::TempDir()) / "celvane_raster";
+    dir = test_folder("celvane_raster");
     fs::remove_all(dir);
     fs::create_directories(dir);
   }

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include "support/TestFolder.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -31,7 +32,7 @@ TEST(Directory, DriveMappingBothWays) {
 }
 
 TEST(Directory, ListsFilesByPatternAndDirectories) {
-  fs::path dir = fs::path(testing::TempDir()) / "celvane_directory_test";
+  fs::path dir = test_folder("celvane_directory_test");
   fs::remove_all(dir);
   fs::create_directories(dir / "sub");
   for (const char* name : {"a.dtx", "b.dtx", "c.drx", "dtx"}) std::ofstream(dir / name) << "x";
