@@ -1,4 +1,5 @@
-// tk::menu: a panel that pops up from a button of a menu bar. Its buttons are the entries.
+// tk::menu: a panel that pops up from a button of a menu bar. Its buttons are the entries:
+// a button with a handler is a command, a button with a menu opens that menu.
 #pragma once
 
 #include "toolkit/panel.h"
@@ -7,7 +8,7 @@ namespace tk {
 
 class menu : public panel {
  public:
-  menu() {}
+  menu();
 };
 
 }  // namespace tk

@@ -13,6 +13,8 @@ class panel : public window {
   explicit panel(const char* title);
   explicit panel(const tk::string& title) : panel(title.cstring()) {}
 
+  // Shows the panel at x, y (pixels or window::min/center/max) over parent and waits for a
+  // button; returns that button's value after its handler, if any, has run.
   int open(int x = window::center, int y = window::center, window* parent = nullptr);
   int open(window& parent) { return open(window::center, window::center, &parent); }
   bool is_modal_open() const { return modal_open; }
@@ -25,6 +27,7 @@ class panel : public window {
 
  private:
   bool modal_open = false;
+  bool default_buttons = false;  // "continue" and "quit" were added at an opening
 };
 
 }  // namespace tk

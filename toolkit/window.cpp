@@ -21,6 +21,11 @@ bool error_panel_considered = false;
 
 // The error panel: warnings get "continue"; errors "exit", "abort" and "ignore".
 void window_error_handler(int number, const char* message) {
+  // Without a backend (after the executable has let it go) no panel can open.
+  if (!has_backend()) {
+    default_error_handler(number, message);
+    return;
+  }
   panel p("TOOLKIT EXCEPTION HANDLER");
   p.text_item(number == 0 ? "\\bf\\blue Warning" : "\\bf\\red Error");
   std::istringstream lines(message ? message : "");
@@ -320,11 +325,15 @@ void window::read_variables() {
       case panel_item::text:
         break;
     }
+    item.opened_value = item.value;
   }
 }
 
 void window::write_variables() {
   for (panel_item& item : item_list) {
+    // An untouched item leaves its variable alone, so that a real number is not rounded
+    // to the digits it was shown with.
+    if (item.value == item.opened_value) continue;
     switch (item.kind) {
       case panel_item::string_input:
       case panel_item::string_menu:
@@ -572,31 +581,6 @@ void window::close_status_window() {
   if (!status_is_open) return;
   status_is_open = false;
   current_backend().close_status(*this);
-}
-
-// ---- panels
-
-panel::panel() : window(0, 0, "") {}
-
-panel::panel(const char* title) : window(0, 0, title) {}
-
-int panel::open(int x, int y, window* parent) {
-  bool added = false;
-  if (button_list.empty()) {
-    button("continue", 0);
-    button("quit", 1);
-    added = true;
-  }
-  read_variables();
-  modal_open = true;
-  int index = current_backend().run_panel(*this, x, y, parent);
-  modal_open = false;
-  if (index < 0 || index >= static_cast<int>(button_list.size())) index = 0;
-  const panel_button& pressed = button_list[static_cast<size_t>(index)];
-  if (added && pressed.label == "quit") std::exit(0);
-  write_variables();
-  if (pressed.action) pressed.action();
-  return pressed.value;
 }
 
 }  // namespace tk

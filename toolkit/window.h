@@ -33,6 +33,7 @@ struct panel_item {
   std::string label;
   std::string help;
   std::string value;                 // the value as the planner sees and edits it
+  std::string opened_value;          // the value as the panel opened
   std::vector<std::string> choices;  // menu entries or choice labels
   int rows = 0;
   bool enabled = true;
@@ -55,9 +56,9 @@ struct panel_button {
 
 class window {
  public:
-  static const int min = 0x10000;
-  static const int center = 0x20000;
-  static const int max = 0x30000;
+  static constexpr int min = 0x10000;
+  static constexpr int center = 0x20000;
+  static constexpr int max = 0x30000;
 
   window(int width, int height, const char* label = "");
   window();

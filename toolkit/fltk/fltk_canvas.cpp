@@ -62,6 +62,13 @@ void fltk_canvas::paint_pending() {
   pixels.clear();
 }
 
+void fltk_canvas::read(int x, int y, int width, int height, unsigned char* rgb) {
+  paint_pending();
+  fl_begin_offscreen(picture);
+  fl_read_image(rgb, x, y, width, height);
+  fl_end_offscreen();
+}
+
 void fltk_canvas::text(int x, int y, const std::string& s, int colour) {
   fl_font(font, font_size);
   int width = static_cast<int>(fl_width(s.c_str()) + 0.5), height = fl_height();

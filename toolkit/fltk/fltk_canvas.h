@@ -31,6 +31,8 @@ class fltk_canvas : public Fl_Widget {
   // Plain text with its top left corner at (x, y) on the window's background colour.
   void text(int x, int y, const std::string& s, int colour);
   void set_font(const std::string& name);
+  // Reads a part of the picture back as red, green, blue bytes, row by row.
+  void read(int x, int y, int width, int height, unsigned char* rgb);
 
   // While buffering the screen is left alone until show_part.
   void set_buffering(bool on);
