@@ -1,0 +1,131 @@
+// "Simple search algorithm" played by celvane-batch on the small scenario city (six base
+// stations, thirty users, the Xia-Bertoni model over its terrain), then "Store assignment".
+// The stored report must meet the link equations, and its set must be the best of all 63
+// subsets, each solved here on its own and ranked by the order of solutions written out.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "app/Trl_Planner.h"
+#include "network/Trl_Rx.h"
+#include "network/Trl_Tx.h"
+#include "raster/Trl_Terrain.h"
+#include "search/Trl_Assignment.h"
+#include "support/LinkEquations.h"
+#include "support/TestFolder.h"
+#include "toolkit/directory.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string read_file(const fs::path& path) {
+  std::ifstream in(path);
+  std::stringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+// The planner with the city's terrain, base stations and users, read as the load commands
+// read them, and its gain table filled by the assignment with all base stations.
+void load_city(Trl_Planner& p, const fs::path& dir) {
+  p.terrain = new Trl_Terrain;
+  testing::internal::CaptureStdout();
+  p.terrain->load(tk::to_drive_path((dir / "data/terrain.map").string()),
+                  [](const tk::string& s) { ADD_FAILURE() << s.str(); });
+  testing::internal::GetCapturedStdout();
+  ASSERT_TRUE(p.terrain->loaded());
+  const Trl_Tx templ(tk::d3_point(0, 0, p.tx_height_ground), tk::string(""), -1, p.tx_max_power,
+                     p.tx_pilot_power, p.tx_max_channel_power, p.tx_gain, p.tx_noise_factor, p.orthogonality,
+                     Trl_Tx::usable);
+  std::ifstream stations(dir / "data/bs.dtx");
+  tk::point low, high;
+  ASSERT_TRUE(Trl_Tx::read_list(stations, templ, p.tx_list, low, high));
+  const Trl_Rx user(tk::d3_point(0, 0, p.rx_height), 1, p.ebno_down, p.ebno_up, p.rx_noise_factor,
+                    p.rx_max_power, p.rx_min_power, p.rx_gain, p.rx_activity, p.rate_down, p.rate_up, 0);
+  std::ifstream users(dir / "data/mu.drx");
+  int ignored = 0;
+  ASSERT_TRUE(Trl_Rx::read_list(users, user, p.terrain, p.rx_list, low, high, ignored));
+}
+
+}  // namespace
+
+TEST(SimpleSearchCity, StoredBestSetIsTheOptimumOfAllSubsetsAndMeetsTheLinkEquations) {
+  const fs::path dir = test_folder("celvane_search_city");
+  fs::remove_all(dir);
+  fs::create_directories(dir);
+  fs::copy(fs::path(CELVANE_SOURCE_DIR) / "tests/scenarios/data", dir / "data");
+  {
+    std::ofstream script(dir / "search.script");
+    script << "menu File/Load terrain\nfile data/terrain.map\n"
+              "menu File/Load base stations\nfile data/bs.dtx\n"
+              "menu File/Load mobile users\nfile data/mu.drx\n"
+              "menu Run/Simple search algorithm\nok\n"
+              "menu File/Store assignment\nfile as.dat\n"
+              "menu Exit\n";
+  }
+  const std::string batch = std::string(CELVANE_BINARY_DIR) + "/apps/celvane-batch";
+  const std::string command = "cd '" + dir.string() + "' && '" + batch +
+                              "' --seed 1 --transcript transcript.txt search.script > /dev/null 2>&1";
+  ASSERT_EQ(std::system(command.c_str()), 0) << read_file(dir / "transcript.txt");
+  const std::string transcript = read_file(dir / "transcript.txt");
+  std::ifstream stored(dir / "as.dat");
+  const StoredReport report = parse_report(stored);
+
+  Trl_Planner p;
+  load_city(p, dir);
+  ASSERT_EQ(p.tx_list.size(), 6);
+  ASSERT_EQ(p.rx_list.size(), 30);
+  tk::list<Trl_Tx> working;
+  int fixed = 0;
+  ASSERT_TRUE(p.compute_all(working, fixed, nullptr));
+  const int m = working.size(), n = p.rx_list.size();
+  // Without fixed base stations the working order is the list order: positions are numbers.
+  std::vector<std::vector<double>> gain(m, std::vector<double>(n));
+  for (int k = 0; k < m; ++k)
+    for (int r = 0; r < n; ++r) gain[k][r] = p.assigner.path_gain(k, r);
+
+  ASSERT_EQ(static_cast<int>(report.tx_up.size()), m);
+  expect_link_equations(report, gain, p.rx_max_power, p.tx_max_power, p.tx_max_channel_power);
+
+  // Every subset on its own: fewer base stations win, then the strictly lower uplink sum.
+  std::vector<int> best_set;
+  double best_sum = 0;
+  for (unsigned mask = 1; mask < (1u << m); ++mask) {
+    Trl_Assignment a(p.assigner, p.rx_objective, working);
+    tk::list<int> positions;
+    std::vector<int> set;
+    for (int k = 0; k < m; ++k)
+      if (mask & (1u << k)) {
+        positions.append(k);
+        set.push_back(k);
+      }
+    a.select(positions);
+    if (!a.solve(true)) continue;
+    double sum = 0;
+    for (int r = n - 1; r >= 0; --r) sum += a.rx_uplink[r];
+    if (best_set.empty() || set.size() < best_set.size() || (set.size() == best_set.size() && sum < best_sum)) {
+      best_set = set;
+      best_sum = sum;
+    }
+  }
+  ASSERT_FALSE(best_set.empty());
+  EXPECT_LT(best_set.size(), 6u) << "the plan tests little when every station is needed";
+  EXPECT_EQ(stations_in_use(report), best_set);
+  EXPECT_NEAR(report.uplink_sum, best_sum, 1e-5 * best_sum);
+
+  // The final panel says the same.
+  const std::string said = "message: Optimum found: \\n\\red " + std::to_string(best_set.size()) +
+                           " \\blue base stations and \\red ";
+  const size_t at = transcript.find(said);
+  ASSERT_NE(at, std::string::npos) << transcript;
+  EXPECT_NEAR(std::strtod(transcript.c_str() + at + said.size(), nullptr), best_sum, 1e-6 * best_sum);
+  EXPECT_NE(transcript.find(" \\blue [W] uplink power sum.\\n For more details store and see the assignment file.\n"),
+            std::string::npos);
+  fs::remove_all(dir);
+}

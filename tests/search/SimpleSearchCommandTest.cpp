@@ -1,0 +1,186 @@
+// The command "Simple search algorithm" on the planner, played through the scripted window
+// backend: its refusals, the first best solution, the final panel, the marks on the list,
+// and a stop asked through the window.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "app/Trl_Planner.h"
+#include "network/Trl_Rx.h"
+#include "network/Trl_Tx.h"
+#include "search/Trl_Assignment.h"
+#include "support/ScriptedWindows.h"
+#include "toolkit/window.h"
+
+namespace {
+
+const char* all_found = "status:  Assignment with all base stations found.\n";
+
+// Base stations along a street every 400 m, with the simple law; each user stands 30 m from
+// the station of the same index modulo the station count.
+void street(Trl_Planner& p, int stations, int users, std::vector<int> status = {}) {
+  p.propagation_model = 0;
+  for (int k = 0; k < stations; ++k)
+    p.tx_list.append(Trl_Tx(tk::d3_point(400.0 * k, 0, p.tx_height_ground), tk::string("BS%04d", k), k,
+                            p.tx_max_power, p.tx_pilot_power, p.tx_max_channel_power, p.tx_gain, p.tx_noise_factor,
+                            p.orthogonality, k < static_cast<int>(status.size()) ? status[k] : 0));
+  for (int r = 0; r < users; ++r)
+    p.rx_list.append(Trl_Rx(tk::d3_point(400.0 * (r % stations) + 30, 10.0 * r, p.rx_height), r, p.ebno_down,
+                            p.ebno_up, p.rx_noise_factor, p.rx_max_power, p.rx_min_power, p.rx_gain,
+                            p.rx_activity, p.rate_down, p.rate_up, 0));
+}
+
+std::vector<int> statuses(const Trl_Planner& p) {
+  std::vector<int> s;
+  for (const Trl_Tx& tx : p.tx_list) s.push_back(tx.status);
+  return s;
+}
+
+void open_window(Trl_Planner& p) {
+  p.create_window();
+  p.window->button("Exit", 0);
+  p.window->make_menu_bar(2);
+  p.window->display();
+  p.window->init(-100, 2000, -500);
+}
+
+}  // namespace
+
+TEST(SimpleSearchCommand, RefusalsLeaveThePlanAsItWas) {
+  {
+    ScriptedWindows scripted("");
+    Trl_Planner p;
+    open_window(p);
+    p.simple_search_command();
+    EXPECT_EQ(scripted.transcript(), "message: No base stations or mobile users. Nothing to do?\n");
+    EXPECT_EQ(p.assignment, nullptr);
+  }
+  {
+    // A user 100 km away: no power reaches it.
+    ScriptedWindows scripted("");
+    Trl_Planner p;
+    open_window(p);
+    street(p, 2, 2);
+    p.rx_list.append(Trl_Rx(tk::d3_point(1e5, 0, p.rx_height), 2, p.ebno_down, p.ebno_up, p.rx_noise_factor,
+                            p.rx_max_power, p.rx_min_power, p.rx_gain, p.rx_activity, p.rate_down, p.rate_up, 0));
+    p.simple_search_command();
+    EXPECT_EQ(scripted.transcript(), "message: No assignment with all base stations possible.\n");
+    EXPECT_EQ(statuses(p), (std::vector<int>{0, 0}));
+  }
+  {
+    // Every station fixed: the full set is computed and kept, the walk never starts.
+    ScriptedWindows scripted("");
+    Trl_Planner p;
+    open_window(p);
+    street(p, 3, 6, {3, 3, 3});
+    p.simple_search_command();
+    EXPECT_EQ(scripted.transcript(), std::string(all_found) + "message: All base stations are fixed. Nothing to do?\n");
+    ASSERT_NE(p.assignment, nullptr);
+    EXPECT_EQ(p.assignment->used, 3);
+    EXPECT_EQ(statuses(p), (std::vector<int>{3, 3, 3}));
+  }
+  {
+    ScriptedWindows scripted("");
+    Trl_Planner p;
+    open_window(p);
+    street(p, 3, 6);
+    p.algorithm = 1;
+    p.simple_search_command();
+    EXPECT_EQ(scripted.transcript(), std::string(all_found) +
+                                         "message: The genetic search algorithm (\"GA\") is not available in this build.\n");
+    EXPECT_EQ(p.assignment->used, 3);
+  }
+}
+
+TEST(SimpleSearchCommand, OptimumIsMarkedOnTheListWithTheFixedOnesKept) {
+  ScriptedWindows scripted("");
+  Trl_Planner p;
+  open_window(p);
+  // Users only near stations 0 and 2 of four; station 3 is fixed, station 1 was marked by
+  // an earlier search.
+  street(p, 4, 0, {0, 1, 0, 3});
+  for (int r = 0; r < 8; ++r)
+    p.rx_list.append(Trl_Rx(tk::d3_point(r % 2 ? 830 : 30, 10.0 * r, p.rx_height), r, p.ebno_down, p.ebno_up,
+                            p.rx_noise_factor, p.rx_max_power, p.rx_min_power, p.rx_gain, p.rx_activity,
+                            p.rate_down, p.rate_up, 0));
+  p.max_stagnation = 0;  // no limit: the walk runs out and proves its best
+  testing::internal::CaptureStdout();
+  p.simple_search_command();
+  const std::string out = testing::internal::GetCapturedStdout();
+  ASSERT_NE(p.assignment, nullptr);
+  // The fixed station stays in; the fewest that can serve both groups is one station
+  // reaching both, or two: every result has to keep station 3.
+  const Trl_Assignment& best = *p.assignment;
+  std::vector<int> in_use;
+  for (int i = 0; i < best.tx_count; ++i)
+    if (best.selected[i]) in_use.push_back(best.tx_numbers[i]);
+  EXPECT_NE(std::find(in_use.begin(), in_use.end(), 3), in_use.end());
+  std::vector<int> expected_marks(4);
+  for (int k = 0; k < 4; ++k)
+    expected_marks[k] = k == 3 ? 3 : (std::find(in_use.begin(), in_use.end(), k) != in_use.end() ? 1 : 2);
+  EXPECT_EQ(statuses(p), expected_marks);
+  EXPECT_LT(best.used, 4);
+  const std::string t = scripted.transcript();
+  EXPECT_EQ(t.rfind(all_found, 0), 0u) << t;
+  const std::string final_panel = "message: Optimum found: \\n\\red " + std::to_string(best.used) +
+                                  " \\blue base stations and \\red ";
+  EXPECT_NE(t.find(final_panel), std::string::npos) << t;
+  EXPECT_NE(t.find(" \\blue [W] uplink power sum.\\n For more details store and see the assignment file.\n"),
+            std::string::npos);
+  // Each improvement: a "power sum: " line and its status line.
+  EXPECT_NE(out.find("power sum: "), std::string::npos);
+  EXPECT_NE(t.find("status:  Best assignment: " + std::to_string(best.used) + " BS, "), std::string::npos) << t;
+}
+
+void search_command() { planner.simple_search_command(); }
+
+// The stop poll asks the program's one planner, as the menu command does.
+TEST(SimpleSearchCommand, StopThroughTheWindowEndsWithTheBestSoFar) {
+  ScriptedWindows scripted("stop after 1\nmenu Search\nyes\n");
+  Trl_Planner& p = planner;
+  p.create_window();
+  p.window->button("Search", search_command);
+  p.window->make_menu_bar(2);
+  p.window->display();
+  p.window->init(-100, 2000, -500);
+  street(p, 6, 12);
+  tk::window* from = nullptr;
+  int value = 0;
+  double x = 0, y = 0;
+  testing::internal::CaptureStdout();
+  tk::read_event(from, value, x, y);
+  const std::string out = testing::internal::GetCapturedStdout();
+  const std::string t = scripted.transcript();
+  // One candidate was tried, then the question came once.
+  const size_t asked = t.find("confirm: Do you want to stop the search? -> yes\n");
+  ASSERT_NE(asked, std::string::npos) << t;
+  EXPECT_EQ(t.find("confirm:", asked + 1), std::string::npos) << t;
+  ASSERT_NE(p.assignment, nullptr);
+  const Trl_Assignment& best = *p.assignment;
+  EXPECT_NE(t.find("message: Best solution found so far: \\n\\red " + std::to_string(best.used) + " \\blue"),
+            std::string::npos)
+      << t;
+  EXPECT_NE(t.find(" For more details store and examine the assignment file.\n"), std::string::npos);
+  // At most the one candidate can have improved on the full set.
+  const size_t first = t.find("status:  Best assignment: ");
+  EXPECT_EQ(best.used < 6, first != std::string::npos) << t;
+  if (first != std::string::npos) {
+    EXPECT_EQ(t.find("status:  Best assignment: ", first + 1), std::string::npos) << t;
+    EXPECT_EQ(out, "power sum: " + [&] { std::ostringstream s; s << best.uplink_sum; return s.str(); }() + "\n");
+  }
+  // The best so far is a solved assignment: every user has a server among the stations in use.
+  for (int r = 0; r < best.rx_count; ++r) {
+    ASSERT_GE(best.serving[r], 0);
+    EXPECT_LT(best.serving[r], best.used);
+    EXPECT_GT(best.rx_uplink[r], 0);
+  }
+  delete p.window;
+  p.window = nullptr;
+  delete p.assignment;
+  p.assignment = nullptr;
+  p.tx_list.clear();
+  p.rx_list.clear();
+}
