@@ -1,5 +1,6 @@
 #include "toolkit/matrix.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -66,33 +67,41 @@ vector matrix::solve(const vector& b) const {
     error_handler(1, "Solve: wrong dimensions\n");
     return vector();
   }
-  std::vector<std::vector<double>> a(static_cast<size_t>(n), std::vector<double>(static_cast<size_t>(n) + 1));
+  const size_t width = static_cast<size_t>(n) + 1;
+  std::vector<double> augmented(static_cast<size_t>(n) * width);
   for (int i = 0; i < n; ++i) {
-    for (int j = 0; j < n; ++j) a[i][j] = rows[static_cast<size_t>(i)][j];
-    a[i][n] = b[i];
+    for (int j = 0; j < n; ++j) augmented[i * width + j] = rows[static_cast<size_t>(i)][j];
+    augmented[i * width + n] = b[i];
   }
+  vector x(n);
+  solve_in_place(augmented.data(), n, x.data());
+  return x;
+}
+
+void solve_in_place(double* a, int n, double* x) {
+  const size_t width = static_cast<size_t>(n) + 1;
+  auto at = [a, width](int i, int j) -> double& { return a[i * width + j]; };
   for (int k = 0; k < n; ++k) {
     int pivot = k;
     for (int i = k + 1; i < n; ++i)
-      if (std::fabs(a[i][k]) > std::fabs(a[pivot][k])) pivot = i;
-    if (a[pivot][k] == 0.0) {
+      if (std::fabs(at(i, k)) > std::fabs(at(pivot, k))) pivot = i;
+    if (at(pivot, k) == 0.0) {
       error_handler(1, "matrix::solve: matrix has not full rank.");
-      return vector(n);
+      std::fill(x, x + n, 0.0);
+      return;
     }
-    std::swap(a[k], a[pivot]);
+    if (pivot != k) std::swap_ranges(&at(k, 0), &at(k, 0) + width, &at(pivot, 0));
     for (int i = k + 1; i < n; ++i) {
-      double f = a[i][k] / a[k][k];
+      const double f = at(i, k) / at(k, k);
       if (f == 0.0) continue;
-      for (int j = k; j <= n; ++j) a[i][j] -= f * a[k][j];
+      for (int j = k; j <= n; ++j) at(i, j) -= f * at(k, j);
     }
   }
-  vector x(n);
   for (int i = n - 1; i >= 0; --i) {
-    double s = a[i][n];
-    for (int j = i + 1; j < n; ++j) s -= a[i][j] * x[j];
-    x[i] = s / a[i][i];
+    double s = at(i, n);
+    for (int j = i + 1; j < n; ++j) s -= at(i, j) * x[j];
+    x[i] = s / at(i, i);
   }
-  return x;
 }
 
 }  // namespace tk

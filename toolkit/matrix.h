@@ -31,4 +31,10 @@ class matrix {
   std::vector<vector> rows;
 };
 
+// Solves A x = b in place for an n by n system held row by row in `augmented` (n rows of
+// n + 1 entries, b in the last column) by Gaussian elimination with partial pivoting. It
+// allocates nothing, for solvers in inner loops; matrix::solve works through it. A singular
+// A is the toolkit error of solve, and x is left all zero.
+void solve_in_place(double* augmented, int n, double* x);
+
 }  // namespace tk

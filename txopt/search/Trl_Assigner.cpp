@@ -542,7 +542,7 @@ double Trl_Assigner::worst_change() const {
 bool Trl_Assigner::solve_downlink(int used, tk::vector& rx_downlink, tk::vector& tx_downlink) {
   const int n = rx_count;
   // Rows that serve at least one user, each with its position in the linear system.
-  std::vector<int> position_of(used, -1);
+  position_of.assign(static_cast<size_t>(used), -1);
   for (int r = 0; r < n; ++r) {
     const int s = static_cast<int>(server[r]);
     if (s < 0 || s >= used) {
@@ -551,27 +551,29 @@ bool Trl_Assigner::solve_downlink(int used, tk::vector& rx_downlink, tk::vector&
     }
     position_of[s] = 0;
   }
-  std::vector<int> row_at;
+  row_at.clear();
   for (int c = 0; c < used; ++c)
     if (position_of[c] == 0) {
       position_of[c] = static_cast<int>(row_at.size());
       row_at.push_back(c);
     }
   const int m = static_cast<int>(row_at.size());
+  const size_t width = static_cast<size_t>(m) + 1;
   const double* const* G = gain_rows.data();
 
-  std::vector<double> system(static_cast<size_t>(m) * m, 0.0);
-  for (int i = 0; i < m; ++i) system[static_cast<size_t>(i) * m + i] = 1;
-  std::vector<double> rhs(m);
-  for (int i = 0; i < m; ++i) rhs[i] = by_number(tx_pilot_power, row_number[row_at[i]]);
+  system.assign(static_cast<size_t>(m) * width, 0.0);
+  for (int i = 0; i < m; ++i) {
+    system[i * width + i] = 1;
+    system[i * width + m] = by_number(tx_pilot_power, row_number[row_at[i]]);
+  }
 
   for (int r = n - 1; r >= 0; --r) {
     const int s = static_cast<int>(server[r]);
     const int i = position_of[s];
     const double f = share_rows[s][r] / G[s][r];
-    rhs[i] += f * rx_noise[r];
+    double* line = system.data() + i * width;
+    line[m] += f * rx_noise[r];
     const double w_own = by_number(tx_orthogonality, row_number[s]);
-    double* line = system.data() + static_cast<size_t>(i) * m;
     for (int j = 0; j < m; ++j) {
       const int t = row_at[j];
       const double w = t == s ? w_own : 1;
@@ -579,20 +581,12 @@ bool Trl_Assigner::solve_downlink(int used, tk::vector& rx_downlink, tk::vector&
     }
   }
 
-  tk::matrix M(m, m);
-  tk::vector b(m);
-  for (int i = 0; i < m; ++i) {
-    b[i] = rhs[i];
-    for (int j = 0; j < m; ++j) M(i, j) = system[static_cast<size_t>(i) * m + j];
-  }
-  const tk::vector x = M.solve(b);
-  std::vector<double> total(m);
-  for (int i = 0; i < m; ++i) {
-    total[i] = x[i];
+  total.assign(static_cast<size_t>(m), 0.0);
+  tk::solve_in_place(system.data(), m, total.data());
+  for (int i = 0; i < m; ++i)
     if (total[i] < 0) return false;
-  }
 
-  std::vector<double> by_station(tx_count, 0.0);
+  by_station.assign(static_cast<size_t>(tx_count), 0.0);
   for (int i = 0; i < m; ++i) {
     const int number = row_number[row_at[i]];
     if (number < 0 || number >= tx_count) index_error();

@@ -152,4 +152,11 @@ class Trl_Assigner {
   std::vector<double> running;    // rx: the running vector of the in-sequence sweep
   std::vector<double> interference;  // per row: I[c]
   std::vector<double> server;     // rx: noted server row, kept as a double for the vector blend
+  // Downlink step: the rows that serve somebody and their linear system, b in its last
+  // column. Kept between calls so that a search allocates nothing per candidate.
+  std::vector<int> position_of;   // per row: position in the system, -1 when serving nobody
+  std::vector<int> row_at;        // per position: the row
+  std::vector<double> system;     // m rows of m + 1 entries
+  std::vector<double> total;      // per position: the station's total power, W
+  std::vector<double> by_station; // per base station number: total power, W
 };
