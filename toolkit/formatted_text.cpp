@@ -40,6 +40,7 @@ std::vector<text_run> parse_formatted_text(const std::string& s) {
       while (end < s.size() && s[end] != ' ' && s[end] != '\\' && s[end] != '\n') ++end;
       std::string tag = s.substr(i + 1, end - i - 1);
       text_run style = current;
+      style.line_break = false;  // a break belongs to the one run after it
       bool known = true;
       if (tag == "bf") style.bold = true;
       else if (tag == "rm") style.bold = style.italic = style.fixed = false;

@@ -248,6 +248,10 @@ TEST(FormattedText, TagsEndAtABlankAndHoldToTheNextTag) {
   EXPECT_EQ(tk::plain_text("one\ntwo\\n three"), "one\ntwo\nthree");
   // An unknown tag is text.
   EXPECT_EQ(tk::plain_text("C:\\data\\x"), "C:\\data\\x");
+  // Colour changes after a line break stay on that line: the search's result panel.
+  EXPECT_EQ(tk::plain_text("Optimum found: \\n\\red 2 \\blue base stations and \\red 4.988681e-02 \\blue [W] "
+                           "uplink power sum.\\n For more details"),
+            "Optimum found: \n2 base stations and 4.988681e-02 [W] uplink power sum.\nFor more details");
 }
 
 TEST(Color, ThePaletteHoldsTheTagColours) {
