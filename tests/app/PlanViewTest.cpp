@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include "support/TestFolder.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 
@@ -9,6 +10,7 @@
 #include "raster/RasterFiles.h"
 #include "raster/Trl_Terrain.h"
 #include "search/Trl_Assignment.h"
+#include "support/ScenarioCity.h"
 #include "support/ScriptedWindows.h"
 #include "toolkit/color.h"
 #include "toolkit/directory.h"
@@ -151,6 +153,61 @@ TEST(PlanView, EveryUserHasOneLineToItsServerAndStationsShowTheirStatus) {
   }
   EXPECT_EQ(lines, 9);
   EXPECT_EQ(nodes, 3);
+}
+
+// The plan as it stands after "Simple search algorithm" on the scenario city: one pink line
+// from each user to the station that serves it in the best set, stations in use black and
+// the others violet, and the users drawn after their lines.
+TEST(PlanView, AfterTheSearchUsersPointToTheirServersAndStationsShowTheirMarks) {
+  PlanWindow w;
+  Trl_Planner& p = w.planner;
+  load_scenario_city(p);
+  p.fit_view();
+  testing::internal::CaptureStdout();
+  p.simple_search_command();
+  testing::internal::GetCapturedStdout();
+  ASSERT_NE(p.assignment, nullptr);
+  const Trl_Assignment& best = *p.assignment;
+  ASSERT_LT(best.used, 6);
+  std::vector<int> in_use;
+  for (int c = 0; c < best.used; ++c) in_use.push_back(best.rows[c]);
+
+  const tk::script_painter* drawing = w.scripted.scripted().drawing_of(*p.window);
+  ASSERT_NE(drawing, nullptr);
+  // The last repaint begins with the white rectangle over the whole view.
+  const std::vector<tk::drawing_op>& ops = drawing->operations();
+  size_t start = ops.size();
+  while (start > 0 && !(ops[start - 1].kind == tk::drawing_op::filled_rectangle && ops[start - 1].colour == tk::white))
+    --start;
+  ASSERT_GT(start, 0u);
+  std::vector<int> lines_of_user(p.rx_list.size(), 0);
+  int nodes = 0, users_drawn = 0, k = 0;
+  for (size_t i = start; i < ops.size(); ++i) {
+    const tk::drawing_op& op = ops[i];
+    if (op.kind == tk::drawing_op::line && op.colour == tk::pink) {
+      ASSERT_LT(k, p.rx_list.size());
+      EXPECT_EQ(users_drawn, 0) << "a line after the users";
+      const Trl_Rx& rx = p.rx_list[p.rx_list.get_item(k)];
+      const int server = best.rows[best.serving[rx.number]];
+      const Trl_Tx& tx = p.tx_list[p.tx_list.get_item(server)];
+      EXPECT_EQ(tx.number, server);
+      EXPECT_EQ(op.xy[0], p.window->x_to_pixel(rx.position.xcoord())) << k;
+      EXPECT_EQ(op.xy[1], p.window->y_to_pixel(rx.position.ycoord())) << k;
+      EXPECT_EQ(op.xy[2], p.window->x_to_pixel(tx.position.xcoord())) << k;
+      EXPECT_EQ(op.xy[3], p.window->y_to_pixel(tx.position.ycoord())) << k;
+      ++lines_of_user[k++];
+    }
+    if (op.kind == tk::drawing_op::pixel) ++users_drawn;
+    if (op.kind == tk::drawing_op::disc) {
+      ASSERT_LT(nodes, p.tx_list.size());
+      const bool used = std::find(in_use.begin(), in_use.end(), nodes) != in_use.end();
+      EXPECT_EQ(op.colour, used ? tk::black : tk::violet) << "station " << nodes;
+      ++nodes;
+    }
+  }
+  EXPECT_EQ(lines_of_user, std::vector<int>(p.rx_list.size(), 1));
+  EXPECT_EQ(users_drawn, p.rx_list.size());
+  EXPECT_EQ(nodes, 6);
 }
 
 }  // namespace

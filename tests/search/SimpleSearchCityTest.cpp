@@ -12,13 +12,10 @@
 #include <vector>
 
 #include "app/Trl_Planner.h"
-#include "network/Trl_Rx.h"
-#include "network/Trl_Tx.h"
-#include "raster/Trl_Terrain.h"
 #include "search/Trl_Assignment.h"
 #include "support/LinkEquations.h"
+#include "support/ScenarioCity.h"
 #include "support/TestFolder.h"
-#include "toolkit/directory.h"
 
 namespace fs = std::filesystem;
 
@@ -29,28 +26,6 @@ std::string read_file(const fs::path& path) {
   std::stringstream text;
   text << in.rdbuf();
   return text.str();
-}
-
-// The planner with the city's terrain, base stations and users, read as the load commands
-// read them, and its gain table filled by the assignment with all base stations.
-void load_city(Trl_Planner& p, const fs::path& dir) {
-  p.terrain = new Trl_Terrain;
-  testing::internal::CaptureStdout();
-  p.terrain->load(tk::to_drive_path((dir / "data/terrain.map").string()),
-                  [](const tk::string& s) { ADD_FAILURE() << s.str(); });
-  testing::internal::GetCapturedStdout();
-  ASSERT_TRUE(p.terrain->loaded());
-  const Trl_Tx templ(tk::d3_point(0, 0, p.tx_height_ground), tk::string(""), -1, p.tx_max_power,
-                     p.tx_pilot_power, p.tx_max_channel_power, p.tx_gain, p.tx_noise_factor, p.orthogonality,
-                     Trl_Tx::usable);
-  std::ifstream stations(dir / "data/bs.dtx");
-  tk::point low, high;
-  ASSERT_TRUE(Trl_Tx::read_list(stations, templ, p.tx_list, low, high));
-  const Trl_Rx user(tk::d3_point(0, 0, p.rx_height), 1, p.ebno_down, p.ebno_up, p.rx_noise_factor,
-                    p.rx_max_power, p.rx_min_power, p.rx_gain, p.rx_activity, p.rate_down, p.rate_up, 0);
-  std::ifstream users(dir / "data/mu.drx");
-  int ignored = 0;
-  ASSERT_TRUE(Trl_Rx::read_list(users, user, p.terrain, p.rx_list, low, high, ignored));
 }
 
 }  // namespace
@@ -78,7 +53,7 @@ TEST(SimpleSearchCity, StoredBestSetIsTheOptimumOfAllSubsetsAndMeetsTheLinkEquat
   const StoredReport report = parse_report(stored);
 
   Trl_Planner p;
-  load_city(p, dir);
+  load_scenario_city(p, (dir / "data").string());
   ASSERT_EQ(p.tx_list.size(), 6);
   ASSERT_EQ(p.rx_list.size(), 30);
   tk::list<Trl_Tx> working;

@@ -1,0 +1,14 @@
+// Test support: the small city of the batch scenarios (a terrain, six base stations and
+// thirty users in tests/scenarios/data) put into a planner as the load commands put it.
+#pragma once
+
+#include <string>
+
+class Trl_Planner;
+
+// The folder that holds the city's files.
+std::string scenario_city_folder();
+
+// Loads terrain.map, bs.dtx and mu.drx from the folder into the planner, with the boxes the
+// load commands keep for the plan view. Test failures on the way are reported.
+void load_scenario_city(Trl_Planner& p, const std::string& folder = scenario_city_folder());
