@@ -28,20 +28,23 @@ const double printed = 2e-5;  // six printed digits
 StoredReport parse_report(std::istream& in) {
   StoredReport r;
   std::string line;
-  int part = 0;
+  int part = 0;  // 0 head, 1 users, 2 stations, 3 labels
   while (std::getline(in, line)) {
-    if (line.rfind("# number of tx used in assignation    : ", 0) == 0)
-      r.tx_used = std::atoi(line.c_str() + 40);
-    else if (line.rfind("# total transmitted rx uplink power   : ", 0) == 0)
-      r.uplink_sum = std::strtod(line.c_str() + 40, nullptr);
-    else if (line.rfind("# rx number", 0) == 0) part = 1;
+    if (line.rfind("# ---", 0) == 0) continue;
+    if (line.rfind("# rx number", 0) == 0) part = 1;
     else if (line.rfind("# tx number", 0) == 0) part = 2;
     else if (line.rfind("# base station number/label table", 0) == 0) part = 3;
-    else if (line.rfind("#", 0) == 0) continue;
-    else if (part == 1) {
+    else if (line.rfind("#", 0) == 0) {
+      if (part != 0) continue;
+      r.header.push_back(line);
+      if (line.rfind("# number of tx used in assignation    : ", 0) == 0) r.tx_used = std::atoi(line.c_str() + 40);
+      if (line.rfind("# total transmitted rx uplink power   : ", 0) == 0)
+        r.uplink_sum = std::strtod(line.c_str() + 40, nullptr);
+    } else if (part == 1) {
       int n, s;
       char up[64], down[64];
       EXPECT_EQ(std::sscanf(line.c_str(), "%d, %d, %63[^,], %63s", &n, &s, up, down), 4) << line;
+      EXPECT_EQ(n, static_cast<int>(r.server.size()));
       r.server.push_back(s);
       r.up.push_back(watt(std::strtod(up, nullptr)));
       r.down.push_back(watt(std::strtod(down, nullptr)));
@@ -49,8 +52,11 @@ StoredReport parse_report(std::istream& in) {
       int k;
       double a, b;
       EXPECT_EQ(std::sscanf(line.c_str(), "%d, %lf, %lf", &k, &a, &b), 3) << line;
+      EXPECT_EQ(k, static_cast<int>(r.tx_up.size()));
       r.tx_up.push_back(a);
       r.tx_down.push_back(b);
+    } else if (part == 3) {
+      r.labels.push_back(line);
     }
   }
   return r;

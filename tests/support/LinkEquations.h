@@ -4,9 +4,12 @@
 #pragma once
 
 #include <istream>
+#include <string>
 #include <vector>
 
 struct StoredReport {
+  std::vector<std::string> header;     // the "# " lines before the user table, separators left out
+  std::vector<std::string> labels;     // the lines of the number/label table
   int tx_used = -1;
   double uplink_sum = 0;               // W, as printed in the head
   std::vector<int> server;             // per user: the row of the subset that serves it
