@@ -13,7 +13,9 @@ class panel;
 
 class backend {
  public:
-  virtual ~backend() {}
+  // A backend that goes while installed (a static one at the end of the process) leaves
+  // no dangling backend behind for windows destroyed after it.
+  virtual ~backend();
 
   // Life of a native window.
   virtual void create(window& w) = 0;

@@ -52,6 +52,10 @@ void window_error_handler(int number, const char* message) {
 
 void set_backend(backend* b) { installed_backend = b; }
 
+backend::~backend() {
+  if (installed_backend == this) installed_backend = nullptr;
+}
+
 backend& current_backend() {
   if (!installed_backend) {
     std::fputs("no window backend installed\n", stderr);

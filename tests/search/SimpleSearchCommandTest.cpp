@@ -47,13 +47,23 @@ void open_window(Trl_Planner& p) {
   p.window->init(-100, 2000, -500);
 }
 
+// A planner of its own with its main window, which the planner leaves to its owner.
+struct WindowedPlanner {
+  Trl_Planner p;
+  WindowedPlanner() { open_window(p); }
+  ~WindowedPlanner() {
+    delete p.window;
+    p.window = nullptr;
+  }
+};
+
 }  // namespace
 
 TEST(SimpleSearchCommand, RefusalsLeaveThePlanAsItWas) {
   {
     ScriptedWindows scripted("");
-    Trl_Planner p;
-    open_window(p);
+    WindowedPlanner w;
+    Trl_Planner& p = w.p;
     p.simple_search_command();
     EXPECT_EQ(scripted.transcript(), "message: No base stations or mobile users. Nothing to do?\n");
     EXPECT_EQ(p.assignment, nullptr);
@@ -61,8 +71,8 @@ TEST(SimpleSearchCommand, RefusalsLeaveThePlanAsItWas) {
   {
     // A user 100 km away: no power reaches it.
     ScriptedWindows scripted("");
-    Trl_Planner p;
-    open_window(p);
+    WindowedPlanner w;
+    Trl_Planner& p = w.p;
     street(p, 2, 2);
     p.rx_list.append(Trl_Rx(tk::d3_point(1e5, 0, p.rx_height), 2, p.ebno_down, p.ebno_up, p.rx_noise_factor,
                             p.rx_max_power, p.rx_min_power, p.rx_gain, p.rx_activity, p.rate_down, p.rate_up, 0));
@@ -73,8 +83,8 @@ TEST(SimpleSearchCommand, RefusalsLeaveThePlanAsItWas) {
   {
     // Every station fixed: the full set is computed and kept, the walk never starts.
     ScriptedWindows scripted("");
-    Trl_Planner p;
-    open_window(p);
+    WindowedPlanner w;
+    Trl_Planner& p = w.p;
     street(p, 3, 6, {3, 3, 3});
     p.simple_search_command();
     EXPECT_EQ(scripted.transcript(), std::string(all_found) + "message: All base stations are fixed. Nothing to do?\n");
@@ -84,8 +94,8 @@ TEST(SimpleSearchCommand, RefusalsLeaveThePlanAsItWas) {
   }
   {
     ScriptedWindows scripted("");
-    Trl_Planner p;
-    open_window(p);
+    WindowedPlanner w;
+    Trl_Planner& p = w.p;
     street(p, 3, 6);
     p.algorithm = 1;
     p.simple_search_command();
@@ -97,8 +107,8 @@ TEST(SimpleSearchCommand, RefusalsLeaveThePlanAsItWas) {
 
 TEST(SimpleSearchCommand, OptimumIsMarkedOnTheListWithTheFixedOnesKept) {
   ScriptedWindows scripted("");
-  Trl_Planner p;
-  open_window(p);
+  WindowedPlanner w;
+  Trl_Planner& p = w.p;
   // Users only near stations 0 and 2 of four; station 3 is fixed, station 1 was marked by
   // an earlier search.
   street(p, 4, 0, {0, 1, 0, 3});
