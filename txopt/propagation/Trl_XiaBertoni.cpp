@@ -105,18 +105,28 @@ tk::string Trl_XiaBertoni::description() { return tk::string(""); }
 
 // ---------------------------------------------------------------- the pair
 
-double Trl_XiaBertoni::gain(const Trl_Tx& tx, const Trl_Rx& rx) {
+bool Trl_XiaBertoni::gain_without_profile(const Trl_Tx& tx, const Trl_Rx& rx, double& result) {
   const double dx = tx.position.xcoord() - rx.position.xcoord();
   const double dy = tx.position.ycoord() - rx.position.ycoord();
   d = std::sqrt(dx * dx + dy * dy);
   indoor = false;
   // The far law first: a pair beyond the radius costs no raster access.
-  if (d > max_radius) return finish(tx, rx, far_loss());
+  if (d > max_radius) {
+    result = finish(tx, rx, far_loss());
+    return true;
+  }
   if (!has_rasters(terrain)) {
     h_roof = 0;
     h_tx = tx.position.zcoord();
-    return finish(tx, rx, free_space());
+    result = finish(tx, rx, free_space());
+    return true;
   }
+  return false;
+}
+
+double Trl_XiaBertoni::gain(const Trl_Tx& tx, const Trl_Rx& rx) {
+  double result;
+  if (gain_without_profile(tx, rx, result)) return result;
   int n = 0;
   fetch_profile(tx, rx, n);
   return near_gain(tx, rx, heights.data(), bits, n);
@@ -125,16 +135,8 @@ double Trl_XiaBertoni::gain(const Trl_Tx& tx, const Trl_Rx& rx) {
 double Trl_XiaBertoni::gain_on_profile(const Trl_Tx& tx, const Trl_Rx& rx,
                                        const double* profile_heights,
                                        const Trl_TxBitvector& profile_bits, int n) {
-  const double dx = tx.position.xcoord() - rx.position.xcoord();
-  const double dy = tx.position.ycoord() - rx.position.ycoord();
-  d = std::sqrt(dx * dx + dy * dy);
-  indoor = false;
-  if (d > max_radius) return finish(tx, rx, far_loss());
-  if (!has_rasters(terrain)) {
-    h_roof = 0;
-    h_tx = tx.position.zcoord();
-    return finish(tx, rx, free_space());
-  }
+  double result;
+  if (gain_without_profile(tx, rx, result)) return result;
   TK_ASSERT(n >= 1, "a profile holds at least the base station's cell");
   return near_gain(tx, rx, profile_heights, profile_bits, n);
 }

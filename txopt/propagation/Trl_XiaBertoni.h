@@ -74,6 +74,9 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   void prepare_clutter_cache();
   bool built(int i, int j);
   void decode_clutter_row(int row);
+  // Sets the distance; for a pair beyond the radius (far law) or without rasters (free
+  // space) puts the gain into `result` and returns true: such pairs need no profile.
+  bool gain_without_profile(const Trl_Tx& tx, const Trl_Rx& rx, double& result);
   double near_gain(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B, int n);
   void analyse(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B, int n);
   bool well_above() const;
