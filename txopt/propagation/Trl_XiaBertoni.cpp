@@ -44,24 +44,13 @@ Trl_XiaBertoni::Trl_XiaBertoni(Trl_Terrain* terrain, double frequency_ghz, doubl
       frequency(frequency_ghz * 1e9),
       wavelength(speed_of_light / (frequency_ghz * 1e9)),
       max_radius(max_radius),
-      d(0),
-      h_tx(0),
-      h_rx(0),
-      h_roof(0),
-      spacing(0),
-      street(0),
-      dh_tx(0),
-      dh_rx(0),
       lmsd_linear(lmsd_linear),
       lmsd_exponent(lmsd_exponent),
       far_constant(far_constant),
       far_factor(far_factor),
       indoor_factor(1 / indoor_attenuation),
       tolerance(tolerance),
-      geometric(geometric),
-      indoor(false),
-      clutter_words(0),
-      clutter_cached(false) {
+      geometric(geometric) {
   if (terrain) terrain->add_reference();
   prepare_clutter_cache();
 }
@@ -75,24 +64,13 @@ Trl_XiaBertoni::Trl_XiaBertoni(const Trl_XiaBertoni& other)
       frequency(other.frequency),
       wavelength(other.wavelength),
       max_radius(other.max_radius),
-      d(0),
-      h_tx(0),
-      h_rx(0),
-      h_roof(0),
-      spacing(0),
-      street(0),
-      dh_tx(0),
-      dh_rx(0),
       lmsd_linear(other.lmsd_linear),
       lmsd_exponent(other.lmsd_exponent),
       far_constant(other.far_constant),
       far_factor(other.far_factor),
       indoor_factor(other.indoor_factor),
       tolerance(other.tolerance),
-      geometric(other.geometric),
-      indoor(false),
-      clutter_words(0),
-      clutter_cached(false) {
+      geometric(other.geometric) {
   if (terrain) terrain->add_reference();
   prepare_clutter_cache();
 }

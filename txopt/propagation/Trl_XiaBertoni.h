@@ -45,14 +45,14 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   double wavelength;            // m
   double max_radius;            // m
   // Scratch of the last call, shared by the formula steps.
-  double d;                     // m, plane distance
-  double h_tx;                  // m, effective base station height
-  double h_rx;                  // m, mobile height
-  double h_roof;                // m, mean roof height over the ground line
-  double spacing;               // m, mean building spacing
-  double street;                // m, mean street width
-  double dh_tx;                 // m, |h_tx - h_roof|
-  double dh_rx;                 // m, |h_rx - h_roof|
+  double d = 0;                 // m, plane distance
+  double h_tx = 0;              // m, effective base station height
+  double h_rx = 0;              // m, mobile height
+  double h_roof = 0;            // m, mean roof height over the ground line
+  double spacing = 0;           // m, mean building spacing
+  double street = 0;            // m, mean street width
+  double dh_tx = 0;             // m, |h_tx - h_roof|
+  double dh_rx = 0;             // m, |h_rx - h_roof|
   // Fixed by the constructor.
   double lmsd_linear;           // linear constant of the multi-screen loss
   double lmsd_exponent;         // its exponent
@@ -61,7 +61,7 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   double indoor_factor;         // 1 / linear indoor attenuation
   double tolerance;             // 0 to 1
   bool geometric;               // street width by geometric ("geo") or plain ("avg") mean
-  bool indoor;                  // the user of the last call stands inside its building
+  bool indoor = false;          // the user of the last call stands inside its building
 
   // The factors of the formula on the scratch values, each a linear ratio.
   double free_space() const;
@@ -89,6 +89,6 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   // 2^27 cells (16 MB), larger ones are asked cell by cell.
   std::vector<std::uint64_t> clutter_bits;
   std::vector<unsigned char> clutter_row_ready;
-  int clutter_words;
-  bool clutter_cached;
+  int clutter_words = 0;
+  bool clutter_cached = false;
 };
