@@ -68,6 +68,13 @@ struct Plan {
   void set_gain(int t, int r, double g) { model.values[{t, r}] = g; }
   void prepare(const Trl_Assigner::parameters& p) { assigner.prepare(tx, rx, p, model); }
   double G(int position, int r) const { return model.values.at({txv[position].number, r}); }
+  // Prepared with p and solved with all base stations on, in a fresh assignment.
+  bool solves(const Trl_Assigner::parameters& p, bool validate = false) {
+    prepare(p);
+    Trl_Assignment a(assigner, Trl_Assignment::power_sum, tx);
+    a.select_all();
+    return a.solve(validate);
+  }
 };
 
 // Re-derives the uplink SIR of every user from the solution's powers: with s the serving
@@ -292,20 +299,11 @@ TEST(Trl_Assigner, SweepCounterIsTestedBeforeEachSweep) {
 
     Trl_Assigner::parameters p = settings(strategy);
     p.max_iterations = sweeps;
-    plan.prepare(p);
-    Trl_Assignment b(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-    b.select_all();
-    EXPECT_TRUE(b.solve(false));
+    EXPECT_TRUE(plan.solves(p));
     p.max_iterations = sweeps - 1;
-    plan.prepare(p);
-    Trl_Assignment c(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-    c.select_all();
-    EXPECT_FALSE(c.solve(false));
+    EXPECT_FALSE(plan.solves(p));
     p.max_iterations = 0;
-    plan.prepare(p);
-    Trl_Assignment d(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-    d.select_all();
-    EXPECT_FALSE(d.solve(false));
+    EXPECT_FALSE(plan.solves(p));
   }
 }
 
@@ -315,12 +313,7 @@ TEST(Trl_Assigner, OverTheLimitFailsAtOnceOrGoesOn) {
   far.add(station(0));
   far.add(user(0, 0.01, 0.01));
   far.set_gain(0, 0, 1e-18);
-  for (int strategy = 0; strategy < 4; ++strategy) {
-    far.prepare(settings(strategy));
-    Trl_Assignment a(far.assigner, Trl_Assignment::power_sum, far.tx);
-    a.select_all();
-    EXPECT_FALSE(a.solve(false)) << "strategy " << strategy;
-  }
+  for (int strategy = 0; strategy < 4; ++strategy) EXPECT_FALSE(far.solves(settings(strategy))) << "strategy " << strategy;
 
   // From above, a strong user at its full power first pushes a weak one over its limit; as
   // the powers fall the plan settles. The going-on strategies reach it, and with a single
@@ -344,24 +337,13 @@ TEST(Trl_Assigner, OverTheLimitFailsAtOnceOrGoesOn) {
     EXPECT_TRUE(a.solve(false)) << "strategy " << strategy;
     expect_uplink_holds(plan, a, plan.assigner.tolerance);
     p.max_iterations = 1;
-    plan.prepare(p);
-    Trl_Assignment b(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-    b.select_all();
-    EXPECT_FALSE(b.solve(false)) << "strategy " << strategy;
+    EXPECT_FALSE(plan.solves(p)) << "strategy " << strategy;
   }
   // The same plan from below never overshoots.
-  for (int strategy : {0, 2}) {
-    plan.prepare(settings(strategy));
-    Trl_Assignment a(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-    a.select_all();
-    EXPECT_TRUE(a.solve(false)) << "strategy " << strategy;
-  }
+  for (int strategy : {0, 2}) EXPECT_TRUE(plan.solves(settings(strategy))) << "strategy " << strategy;
 
   // Strategies outside 0 to 3 solve nothing.
-  plan.prepare(settings(4));
-  Trl_Assignment a(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-  a.select_all();
-  EXPECT_FALSE(a.solve(false));
+  EXPECT_FALSE(plan.solves(settings(4)));
 }
 
 TEST(Trl_Assigner, DownlinkEdgeCases) {
@@ -432,10 +414,7 @@ TEST(Trl_Assigner, DownlinkEdgeCases) {
     plan.add(tx);
     plan.add(user(0, 0.01, 0.02));
     plan.set_gain(0, 0, 1e-13);
-    plan.prepare(settings());
-    Trl_Assignment a(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-    a.select_all();
-    EXPECT_FALSE(a.solve(true));
+    EXPECT_FALSE(plan.solves(settings(), true));
   }
 }
 

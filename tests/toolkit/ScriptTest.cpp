@@ -103,6 +103,14 @@ struct MenuBar {
   tk::window w;
 };
 
+// One wait for the next event of any window, its results left aside.
+void next_event() {
+  tk::window* w = nullptr;
+  int value;
+  double x, y;
+  tk::read_event(w, value, x, y);
+}
+
 TEST(ScriptBackend, MenuStepsRunTheirCommandsInsideReadEvent) {
   ScriptedWindows scripted("menu File/Load terrain\nstop after 3\nmenu File/Remove/Terrain\nmenu Exit\n");
   MenuBar bar;
@@ -133,8 +141,7 @@ TEST(ScriptBackend, AReadEventOfOneWindowFindsNoEventAndTakesNoStep) {
   int value = -1;
   double x, y;
   EXPECT_EQ(bar.w.read_event(value, x, y), tk::no_event);
-  tk::window* w = nullptr;
-  tk::read_event(w, value, x, y);
+  next_event();
   EXPECT_EQ(exits, 1);
 }
 
@@ -143,10 +150,7 @@ TEST(ScriptBackendDeathTest, MenuFaultsEndTheRunWithStatusTwo) {
     ScriptedWindows scripted(script);
     MenuBar bar;
     if (disabled) bar.w.disable_panel();
-    tk::window* w;
-    int value;
-    double x, y;
-    tk::read_event(w, value, x, y);
+    next_event();
     std::exit(0);
   };
   EXPECT_EXIT(play("menu File/Fly away\n", false), testing::ExitedWithCode(2), "line 1: no menu entry \"File/Fly away\"");
@@ -350,11 +354,7 @@ TEST(ScriptBackendDeathTest, ClosingTheMainWindowEndsTheProgram) {
       {
         ScriptedWindows scripted("close Celvane\n");
         MenuBar bar;
-        tk::window* w;
-        int value;
-        double x;
-        double y;
-        tk::read_event(w, value, x, y);
+        next_event();
         std::exit(5);
       },
       testing::ExitedWithCode(0), "");
@@ -362,11 +362,7 @@ TEST(ScriptBackendDeathTest, ClosingTheMainWindowEndsTheProgram) {
       {
         ScriptedWindows scripted("redraw Nowhere\n");
         MenuBar bar;
-        tk::window* w;
-        int value;
-        double x;
-        double y;
-        tk::read_event(w, value, x, y);
+        next_event();
       },
       testing::ExitedWithCode(2), "line 1: no window \"Nowhere\" is open");
 }
@@ -423,10 +419,7 @@ TEST(Snapshot, PaintsTheRecordedDrawingIntoAPicture) {
   bar.w.draw_segment(50, 0, 50, 100, tk::blue);
   const char* xpm[] = {"2 2 2 1", "a c #00ff00", "b c #ffff00", "ab", "ba"};
   bar.w.draw_pixmap(bar.w.pixel_to_x(590), bar.w.pixel_to_y(0), xpm);
-  tk::window* w;
-  int value;
-  double x, y;
-  tk::read_event(w, value, x, y);
+  next_event();
   EXPECT_EQ(scripted.transcript(), "snapshot: " + file + "\nmenu: Exit\n");
   int r, g, b;
   tk::color(tk::red).get_rgb(r, g, b);
@@ -446,11 +439,7 @@ TEST(ScriptBackendDeathTest, ASnapshotNeedsAWindowAndAPlaceToWrite) {
       {
         ScriptedWindows scripted("snapshot /no/such/folder/x.png\n");
         MenuBar bar;
-        tk::window* w;
-        int value;
-        double x;
-        double y;
-        tk::read_event(w, value, x, y);
+        next_event();
       },
       testing::ExitedWithCode(2), "line 1: cannot write /no/such/folder/x.png");
 }
