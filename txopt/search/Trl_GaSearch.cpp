@@ -1,0 +1,3 @@
+#include "search/Trl_GaSearch.h"
+
+Trl_GaSearch ga_search;
