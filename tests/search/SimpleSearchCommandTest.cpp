@@ -13,6 +13,7 @@
 #include "network/Trl_Tx.h"
 #include "search/Trl_Assignment.h"
 #include "support/ScriptedWindows.h"
+#include "support/WindowedPlanner.h"
 #include "toolkit/window.h"
 
 namespace {
@@ -38,24 +39,6 @@ std::vector<int> statuses(const Trl_Planner& p) {
   for (const Trl_Tx& tx : p.tx_list) s.push_back(tx.status);
   return s;
 }
-
-void open_window(Trl_Planner& p) {
-  p.create_window();
-  p.window->button("Exit", 0);
-  p.window->make_menu_bar(2);
-  p.window->display();
-  p.window->init(-100, 2000, -500);
-}
-
-// A planner of its own with its main window, which the planner leaves to its owner.
-struct WindowedPlanner {
-  Trl_Planner p;
-  WindowedPlanner() { open_window(p); }
-  ~WindowedPlanner() {
-    delete p.window;
-    p.window = nullptr;
-  }
-};
 
 }  // namespace
 

@@ -1,5 +1,7 @@
 #include "app/Trl_Planner.h"
 
+#include "app/Trl_Dialog.h"
+
 #include <cfloat>
 #include <cmath>
 #include <fstream>
@@ -12,6 +14,7 @@
 #include "propagation/Trl_Wang.h"
 #include "propagation/Trl_XiaBertoni.h"
 #include "search/Trl_Assignment.h"
+#include "search/Trl_GaSearch.h"
 #include "search/Trl_SimpleSearch.h"
 #include "toolkit/array.h"
 #include "toolkit/directory.h"
@@ -423,17 +426,103 @@ void Trl_Planner::store_assignment() {
 
 // ======================================================================== parameter dialogs
 
-void Trl_Planner::set_heights() { not_available("Heights"); }
+void Trl_Planner::set_heights() {
+  Trl_Dialog d("Set heights", " Set heights ...");
+  double& rx = d.real("Mobile user height [m]: ", rx_height);
+  double& ground = d.real("Base station height over ground [m]: ", tx_height_ground);
+  double& building = d.real("Base station height over building [m]: ", tx_height_building);
+  int& radius = d.integer("Visualization radius [.]: ", visualization_radius);
+  d.test([&] { return ground > 0; }, "Base station height over ground must be greater than 0.");
+  d.test([&] { return building > 0; }, "Base station height over building must be greater than 0.");
+  d.test([&] { return rx > 0; }, "Mobile user height must be greater than 0.");
+  d.test([&] { return radius > 0; }, "Visualization radius must be greater than 0.");
+  d.run(*this);
+}
 
-void Trl_Planner::set_umts_parameters() { not_available("UMTS parameters"); }
+void Trl_Planner::set_umts_parameters() {
+  using D = Trl_Dialog;
+  D d("Set UMTS parameters", " Set UMTS parameters ...");
+  d.real("Eb/N0 downlink [dB]: ", ebno_down, D::db);
+  d.real("Eb/N0 uplink [dB]: ", ebno_up, D::db);
+  double& dl_rate = d.real("Downlink bit rate [Kbit/s]: ", rate_down);
+  double& ul_rate = d.real("Uplink bit rate [Kbit/s]: ", rate_up);
+  d.real("Tx effective gain [dBi]: ", tx_gain, D::db);
+  d.real("Tx noise figure [dB]: ", tx_noise_factor, D::db);
+  double& max_power = d.real("Tx max. power [W]: ", tx_max_power);
+  double& pilot = d.real("Tx pilot power [W]: ", tx_pilot_power);
+  double& channel = d.real("Tx max. channel power [W]: ", tx_max_channel_power);
+  double& ortho = d.real("Orthogonality factor [%]: ", orthogonality, D::percent);
+  d.real("Rx effective gain [dBi]: ", rx_gain, D::db);
+  d.real("Rx noise figure [dB]: ", rx_noise_factor, D::db);
+  d.real("Rx max. power [dBmW]: ", rx_max_power, D::dbm);
+  d.real("Rx min. power [dBmW]: ", rx_min_power, D::dbm);
+  double& activity = d.real("Rx activity factor [%]: ", rx_activity, D::percent);
+  double& freq = d.real("Frequency [GHz]: ", frequency);
+  double& band = d.real("UMTS bandwidth [MHz]: ", bandwidth);
+  double& temp = d.real("Temperature [°C]: ", temperature);
+  d.test([&] { return activity > 0 && activity <= 100; }, "Activity factor must be percentage greater than 0.");
+  d.test([&] { return freq > 0; }, "Tx frequency must be greater than 0.");
+  d.test([&] { return ul_rate > 0; }, "UL bit rate must be greater than 0.");
+  d.test([&] { return band > 0; }, "UMTS bandwidth must be greater than 0.");
+  d.test([&] { return temp >= -273.18; }, "Temperature must be valid.");
+  d.test([&] { return max_power > 0; }, "Tx max. power must be greater than 0.");
+  d.test([&] { return pilot >= 0; }, "Tx pilot power must be positive.");
+  d.test([&] { return max_power - pilot > 0; }, "Tx max. power minus tx pilot power must be positive.");
+  d.test([&] { return channel > 0; }, "Tx max. channel power must be positive.");
+  d.test([&] { return ortho > 0 && ortho <= 100; }, "Orthogonality factor must be percentage greater than 0.");
+  d.test([&] { return dl_rate > 0; }, "DL bit rate must be positive.");
+  d.run(*this);
+}
 
-void Trl_Planner::set_model() { not_available("Set model"); }
+void Trl_Planner::set_model() {
+  Trl_Dialog d("Set propagation model", " Set propagation model ...");
+  d.choice("Propagation model: ", propagation_model, "Simple", "XiaBertoni");
+  d.run(*this);
+}
 
-void Trl_Planner::set_xia_bertoni() { not_available("Xia-Bertoni parameters"); }
+void Trl_Planner::set_simple_model() {
+  Trl_Dialog d("Set simple propagation parameters", " Set simple propagation parameters ...");
+  d.real("Pathloss constant [dB]: ", pathloss_constant);
+  d.real("Pathloss factor [dB/lg(m)]: ", pathloss_factor);
+  d.run(*this);
+}
 
-void Trl_Planner::set_simple_model() { not_available("Simple parameters"); }
+void Trl_Planner::set_xia_bertoni() {
+  Trl_Dialog d("Set Xia-Bertoni parameters", " Set Xia-Bertoni parameters ...");
+  double& linear = d.real("Linear constant Lmsd: ", lmsd_linear);
+  d.real("Exponent constant Lmsd: ", lmsd_exponent);
+  // A plain fraction from 0 to 1, whatever its label says.
+  double& height = d.real("Tolerance for height [%]: ", height_tolerance);
+  double& radius = d.real("Maximum cell radius [m]: ", max_cell_radius);
+  d.real("Far distance pathloss constant [dB]: ", far_pathloss_constant);
+  d.real("Far distance pathloss factor [dB/lg(m)]: ", far_pathloss_factor);
+  d.real("Indoor attenuation [dB]: ", indoor_attenuation, Trl_Dialog::db);
+  d.choice("Averaging method: ", geometric_average, "avg", "geo");
+  d.test([&] { return linear > 0; }, "Linear constant must be greater than 0.");
+  d.test([&] { return height >= 0 && height <= 1; }, "Tolerance must be value in [0..1].");
+  d.test([&] { return radius > 0; }, "Maximum cell radius must be greater than 0.");
+  d.run(*this);
+}
 
-void Trl_Planner::set_search_parameters() { not_available("Search parameters"); }
+void Trl_Planner::set_search_parameters() {
+  Trl_Dialog d("Set search parameters", " Set search parameters ...");
+  int& iterations = d.integer("Max. iterations: ", max_iterations);
+  int& stagnation = d.integer("Max. stagnation: ", max_stagnation);
+  d.real("Tolerance [dB]: ", tolerance, Trl_Dialog::db);
+  d.boolean("Validate Downlink: ", validate_downlink);
+  d.choice("Rx objective: ", rx_objective, "PS", "MP");
+  int& generations = d.integer("Number of generations: ", ga_search.generations);
+  int& population = d.integer("Population size: ", ga_search.population_size);
+  d.choice("Algorithm: ", algorithm, "HBB", "GA");
+  d.carry(spare_count);
+  d.test([&] { return iterations > 0; }, "Max. iteration number must be greater than 0.");
+  // The search keeps its stagnation rounds in the bits of one 32-bit word.
+  d.test([&] { return stagnation >= 0 && stagnation < 32; },
+         "Max. stagnation number must be positive and less than 32.");
+  d.test([&] { return population > 0; }, "Size of population must be greater than cero.");
+  d.test([&] { return generations > 0; }, "Number of generations must be greater than cero.");
+  d.run(*this);
+}
 
 void Trl_Planner::set_best_set_parameters() { not_available("Best-set search parameters"); }
 
