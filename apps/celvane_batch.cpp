@@ -62,7 +62,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   tk::set_backend(&backend);
-  if (transcript != &std::cout) backend.capture_stdout();
+  backend.capture_stdout();
   int status = run_planner_main();
   backend.release_stdout();
   // The global menus outlive this backend; they must not reach it at process end.

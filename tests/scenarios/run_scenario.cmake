@@ -8,7 +8,7 @@
 # One folder per build tree, so that two builds testing at once don't share a folder.
 string(MD5 build_key "${OUT}")
 string(SUBSTRING "${build_key}" 0 8 build_key)
-set(work /tmp/celvane_scenarios/${build_key}/${NAME})
+set(work /tmp/celvane_scenarios/${build_key}/${NAME}${SUFFIX})
 file(REMOVE_RECURSE ${work})
 file(MAKE_DIRECTORY ${work})
 file(GLOB entries ${SOURCE}/*)
@@ -17,11 +17,21 @@ foreach(entry ${entries})
     file(COPY ${entry} DESTINATION ${work})
   endif()
 endforeach()
-set(transcript ${OUT}/${NAME}.transcript)
-execute_process(COMMAND ${BATCH} --seed 1 --transcript ${transcript} ${SOURCE}/${NAME}.script
-                WORKING_DIRECTORY ${work}
-                RESULT_VARIABLE status
-                ERROR_VARIABLE errors)
+# With TO_STDOUT the transcript is taken from standard output instead of --transcript: the
+# two must be the same.
+set(transcript ${OUT}/${NAME}${SUFFIX}.transcript)
+if(TO_STDOUT)
+  execute_process(COMMAND ${BATCH} --seed 1 ${SOURCE}/${NAME}.script
+                  WORKING_DIRECTORY ${work}
+                  RESULT_VARIABLE status
+                  OUTPUT_FILE ${transcript}
+                  ERROR_VARIABLE errors)
+else()
+  execute_process(COMMAND ${BATCH} --seed 1 --transcript ${transcript} ${SOURCE}/${NAME}.script
+                  WORKING_DIRECTORY ${work}
+                  RESULT_VARIABLE status
+                  ERROR_VARIABLE errors)
+endif()
 set(expected_status 0)
 if(EXISTS ${SOURCE}/${NAME}.status)
   file(STRINGS ${SOURCE}/${NAME}.status expected_status LIMIT_COUNT 1)
@@ -39,7 +49,7 @@ string(REPLACE "${forward}" "$DIR" actual "${actual}")
 string(REPLACE "${bare}" "$DIR" actual "${actual}")
 file(READ ${SOURCE}/${NAME}.expected expected)
 if(NOT actual STREQUAL expected)
-  file(WRITE ${OUT}/${NAME}.actual "${actual}")
-  execute_process(COMMAND diff -u ${SOURCE}/${NAME}.expected ${OUT}/${NAME}.actual OUTPUT_VARIABLE difference)
+  file(WRITE ${OUT}/${NAME}${SUFFIX}.actual "${actual}")
+  execute_process(COMMAND diff -u ${SOURCE}/${NAME}.expected ${OUT}/${NAME}${SUFFIX}.actual OUTPUT_VARIABLE difference)
   message(FATAL_ERROR "${NAME}: the transcript differs from the expected one\n${difference}")
 endif()
