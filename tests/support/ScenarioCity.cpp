@@ -18,15 +18,10 @@ void load_scenario_city(Trl_Planner& p, const std::string& folder) {
   p.terrain->load(tk::to_drive_path(folder + "/terrain.map"), [](const tk::string& s) { ADD_FAILURE() << s.str(); });
   testing::internal::GetCapturedStdout();
   ASSERT_TRUE(p.terrain->loaded());
-  const Trl_Tx templ(tk::d3_point(0, 0, p.tx_height_ground), tk::string(""), -1, p.tx_max_power,
-                     p.tx_pilot_power, p.tx_max_channel_power, p.tx_gain, p.tx_noise_factor, p.orthogonality,
-                     Trl_Tx::usable);
   std::ifstream stations(folder + "/bs.dtx");
-  ASSERT_TRUE(Trl_Tx::read_list(stations, templ, p.tx_list, p.tx_box_min, p.tx_box_max));
-  const Trl_Rx user(tk::d3_point(0, 0, p.rx_height), 1, p.ebno_down, p.ebno_up, p.rx_noise_factor,
-                    p.rx_max_power, p.rx_min_power, p.rx_gain, p.rx_activity, p.rate_down, p.rate_up, 0);
+  ASSERT_TRUE(Trl_Tx::read_list(stations, p.tx_template(), p.tx_list, p.tx_box_min, p.tx_box_max));
   std::ifstream users(folder + "/mu.drx");
   int ignored = 0;
-  ASSERT_TRUE(Trl_Rx::read_list(users, user, p.terrain, p.rx_list, p.rx_box_min, p.rx_box_max, ignored));
+  ASSERT_TRUE(Trl_Rx::read_list(users, p.rx_template(), p.terrain, p.rx_list, p.rx_box_min, p.rx_box_max, ignored));
   EXPECT_EQ(ignored, 0);
 }

@@ -2,7 +2,11 @@
 
 #include <cmath>
 
+#include <utility>
+
 #include "app/Trl_Planner.h"
+#include "network/Trl_RandomRegion.h"
+#include "raster/Trl_Grid.h"
 #include "toolkit/panel.h"
 
 Trl_Dialog::Trl_Dialog(const char* title, const char* status) : title(title), status(status) {}
@@ -128,4 +132,27 @@ bool Trl_Dialog::run(Trl_Planner& planner) {
       return true;
     }
   }
+}
+
+Trl_Dialog::region_entries Trl_Dialog::region(Trl_RandomRegion& r, const char* count_label, const Trl_Grid* grid) {
+  region_entries e{real("Min. X-coordinate [m]: ", r.xmin), real("Max. X-coordinate [m]: ", r.xmax),
+                   real("Min. Y-coordinate [m]: ", r.ymin), real("Max. Y-coordinate [m]: ", r.ymax),
+                   integer(count_label, r.count)};
+  if (grid)
+    adjust_with([e, grid] {
+      e.xmin = grid->x0;
+      e.xmax = grid->x1;
+      e.ymin = grid->y0;
+      e.ymax = grid->y1;
+    });
+  return e;
+}
+
+void Trl_Dialog::region_rules(region_entries e) {
+  rule([e] {
+    for (auto [low, high] : {std::pair<double*, double*>{&e.xmin, &e.xmax}, {&e.ymin, &e.ymax}}) {
+      if (*low > *high) std::swap(*low, *high);
+      if (*low == *high) *high += 100;
+    }
+  });
 }

@@ -12,7 +12,9 @@
 
 #include "toolkit/string.h"
 
+class Trl_Grid;
 class Trl_Planner;
+class Trl_RandomRegion;
 namespace tk {
 class panel;
 }
@@ -46,6 +48,21 @@ class Trl_Dialog {
   void store();
   // A fourth button "Adjust" that changes the entries and reopens the panel.
   void adjust_with(std::function<void()> change);
+
+  // The local copies of a region's rectangle (m) and count.
+  struct region_entries {
+    double& xmin;
+    double& xmax;
+    double& ymin;
+    double& ymax;
+    int& count;
+  };
+  // The five items of a region: its corners and its count under count_label. With a grid,
+  // "Adjust" sets the corners to the grid's first and last nodes.
+  region_entries region(Trl_RandomRegion& r, const char* count_label, const Trl_Grid* grid);
+  // The region rules as a step: a minimum above its maximum is swapped with it, and equal
+  // ones are widened by 100 m.
+  void region_rules(region_entries e);
 
   // Runs the dialog; true when "Ok" passed every step and the fields hold the entries.
   bool run(Trl_Planner& planner);

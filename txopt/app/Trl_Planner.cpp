@@ -302,6 +302,16 @@ void Trl_Planner::load_terrain() {
   }
 }
 
+Trl_Tx Trl_Planner::tx_template() const {
+  return Trl_Tx(tk::d3_point(0, 0, tx_height_ground), tk::string(""), -1, tx_max_power, tx_pilot_power,
+                tx_max_channel_power, tx_gain, tx_noise_factor, orthogonality, Trl_Tx::usable);
+}
+
+Trl_Rx Trl_Planner::rx_template() const {
+  return Trl_Rx(tk::d3_point(0, 0, rx_height), 1, ebno_down, ebno_up, rx_noise_factor, rx_max_power, rx_min_power,
+                rx_gain, rx_activity, rate_down, rate_up, 0);
+}
+
 void Trl_Planner::load_tx() {
   if (!window) return;
   tk::string path;
@@ -316,11 +326,8 @@ void Trl_Planner::load_tx() {
   tx_list.clear();
   delete assignment;
   assignment = nullptr;
-  const Trl_Tx templ(tk::d3_point(0, 0, tx_height_ground), tk::string(""), -1, tx_max_power,
-                     tx_pilot_power, tx_max_channel_power, tx_gain, tx_noise_factor,
-                     orthogonality, Trl_Tx::usable);
   tk::point low, high;
-  if (!Trl_Tx::read_list(in, templ, tx_list, low, high)) {
+  if (!Trl_Tx::read_list(in, tx_template(), tx_list, low, high)) {
     message("Error while reading base station file.");
     tx_list.clear();
     return;
@@ -343,11 +350,9 @@ void Trl_Planner::load_rx() {
   rx_list.clear();
   delete assignment;
   assignment = nullptr;
-  const Trl_Rx templ(tk::d3_point(0, 0, rx_height), 1, ebno_down, ebno_up, rx_noise_factor,
-                     rx_max_power, rx_min_power, rx_gain, rx_activity, rate_down, rate_up, 0);
   tk::point low, high;
   int ignored = 0;
-  if (!Trl_Rx::read_list(in, templ, terrain, rx_list, low, high, ignored)) {
+  if (!Trl_Rx::read_list(in, rx_template(), terrain, rx_list, low, high, ignored)) {
     message("Error while reading mobile user file.");
     rx_list.clear();
     return;
@@ -528,15 +533,109 @@ void Trl_Planner::set_best_set_parameters() { not_available("Best-set search par
 
 // ======================================================================== generators and pickers
 
-void Trl_Planner::generate_tx() { not_available("Random base stations"); }
+void Trl_Planner::drop_assignment() {
+  delete assignment;
+  assignment = nullptr;
+}
 
-void Trl_Planner::generate_uniform_rx() { not_available("Uniform mobile users"); }
+bool Trl_Planner::overlaps_terrain(double xmin, double ymin, double xmax, double ymax) const {
+  return !terrain || terrain->height_grid().overlaps(xmin, ymin, xmax, ymax);
+}
 
-void Trl_Planner::generate_distributed_rx() { not_available("Distributed mobile users"); }
+// The count is tested before the region rules here; what precedes the overlap test (the
+// assignment dropped, the region stored) stays done when the overlap test then refuses.
+void Trl_Planner::generate_tx() {
+  const Trl_Grid* grid = terrain ? &terrain->height_grid() : nullptr;
+  Trl_Dialog d("Random base stations", " Set random base station distribution ...");
+  Trl_Dialog::region_entries r = d.region(tx_region, "Number of base stations: ", grid);
+  bool& on_building = terrain ? d.boolean("Only on building", only_on_building, Trl_Dialog::local) : only_on_building;
+  d.test([&] { return r.count >= 2; }, "Number of base stations must be greater than 1.");
+  d.region_rules(r);
+  d.rule([this] { drop_assignment(); });
+  d.store();
+  d.rule([&] {
+    tx_box_min = tk::point(r.xmin, r.ymin);
+    tx_box_max = tk::point(r.xmax, r.ymax);
+    show_status(" Computing base station distribution.");
+  });
+  d.test([&] { return overlaps_terrain(r.xmin, r.ymin, r.xmax, r.ymax); }, "Terrain does not overlap selected region.");
+  if (!d.run(*this)) return;
+  tx_list.clear();
+  if (terrain)
+    Trl_Tx::generate(tx_list, tx_template(), tx_region, *terrain, on_building, tx_height_building);
+  else
+    Trl_Tx::generate(tx_list, tx_template(), tx_region);
+}
+
+void Trl_Planner::generate_uniform_rx() {
+  const Trl_Grid* grid = terrain ? &terrain->height_grid() : nullptr;
+  Trl_Dialog d("Uniform mobile users distribution", " Set uniform mobile user distribution ...");
+  Trl_Dialog::region_entries r = d.region(rx_region, "Number of mobile users: ", grid);
+  // The street flag starts from the planner's but is not stored back.
+  bool street_only = only_in_street;
+  bool& streets = terrain ? d.boolean("Mobile users only in street: ", only_in_street, Trl_Dialog::local) : street_only;
+  d.region_rules(r);
+  d.test([&] { return r.count >= 1; }, "Number of mobile users must be greater than 0.");
+  d.test([&] { return overlaps_terrain(r.xmin, r.ymin, r.xmax, r.ymax); }, "Terrain does not overlap selected region.");
+  if (!d.run(*this)) return;
+  drop_assignment();
+  rx_box_min = tk::point(rx_region.xmin, rx_region.ymin);
+  rx_box_max = tk::point(rx_region.xmax, rx_region.ymax);
+  show_status(" Computing mobile user distribution.");
+  rx_list.clear();
+  Trl_Rx::generate(rx_list, rx_template(), rx_region, streets, terrain);
+}
+
+void Trl_Planner::generate_distributed_rx() {
+  if (!distribution) {
+    message("No receiver distribution file loaded.");
+    return;
+  }
+  Trl_Dialog d("Mobile users distribution", " Set mobile user distribution ...");
+  double& percentage = d.real("Activation percentage [%]: ", activation, Trl_Dialog::percent);
+  if (terrain) d.boolean("Mobile users only in street: ", only_in_street);
+  d.test([&] { return percentage > 0 && percentage <= 100; },
+         "Activation percentage must be percentage greater than zero");
+  if (!d.run(*this)) return;
+  drop_assignment();
+  show_status(" Computing mobile user distribution.");
+  sample_distribution();
+}
+
+void Trl_Planner::sample_distribution() {
+  const Trl_RxTemplate values{rx_height, ebno_down,    ebno_up, rx_noise_factor, rx_max_power,
+                              rx_min_power, rx_gain, rx_activity, rate_down, rate_up};
+  distribution->sample(rx_list, terrain, activation, only_in_street, values);
+  rx_box_min = distribution->min_corner();
+  rx_box_max = distribution->max_corner();
+}
 
 void Trl_Planner::generate_imt2000_rx() { not_available("IMT2000 mobile users"); }
 
-void Trl_Planner::edit_tx() { not_available("Base station"); }
+// Picks and edits base stations until a pick is broken. A change of status moves an excluded
+// station to the end of the list, a formerly excluded one to the front, drops the assignment
+// and numbers the list anew; other changes leave the assignment alone.
+void Trl_Planner::edit_tx() {
+  if (tx_list.empty()) {
+    message("No base stations?");
+    return;
+  }
+  tk::point p;
+  while (pick_point(" Select base station! (Right button to BREAK)", p)) {
+    const tk::list_item it = Trl_Tx::nearest(tx_list, p);
+    const int before = tx_list[it].status;
+    tx_list[it].edit(*window);
+    const int after = tx_list[it].status;
+    if (after != before) {
+      if (after == Trl_Tx::excluded) tx_list.move_to_back(it);
+      if (before == Trl_Tx::excluded) tx_list.move_to_front(it);
+      drop_assignment();
+      int number = 0;
+      for (Trl_Tx& tx : tx_list) tx.number = number++;
+    }
+    redraw();
+  }
+}
 
 void Trl_Planner::draw_coverage() { not_available("Draw pathloss coverage"); }
 

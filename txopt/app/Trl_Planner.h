@@ -132,6 +132,9 @@ class Trl_Planner {
   void remove_distribution();
   void remove_terrain();
   void store_assignment();
+  // The records a loader or generator copies: the current Tx and Rx values and heights.
+  Trl_Tx tx_template() const;
+  Trl_Rx rx_template() const;
 
   // ---- parameter dialogs
   void set_heights();
@@ -149,6 +152,13 @@ class Trl_Planner {
   void generate_imt2000_rx();
   void edit_tx();
   void draw_coverage();
+  // Deletes the current assignment, if any.
+  void drop_assignment();
+  // True without a terrain, or when its height grid overlaps or touches the rectangle (m).
+  bool overlaps_terrain(double xmin, double ymin, double xmax, double ymax) const;
+  // Fills rx_list from the distribution with `activation` and `only_in_street`, and sets the
+  // users' box to the distribution's.
+  void sample_distribution();
 
   // ---- runs: working order, solver steps, the three Run commands
   int working_list(tk::list<Trl_Tx>& list);
