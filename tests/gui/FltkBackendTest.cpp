@@ -4,6 +4,8 @@
 // GoogleTest comes before the X headers, whose macros would clash with its names.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <FL/Fl.H>
 #include <FL/Fl_Button.H>
 #include <FL/Fl_Check_Button.H>
@@ -464,10 +466,28 @@ TEST_F(FltkBackend, MenuBarEntriesRunInsideTheEventWait) {
   EXPECT_EQ(tk::read_event(from, value, x, y), 4);
   EXPECT_EQ(value, 7);
 
+  // Placed at the top of the screen and at its right edge, with no room kept for a title bar.
+  Window child;
+  int root_x = -1, root_y = -1;
+  XTranslateCoordinates(fl_display, fl_xid(&shell), RootWindow(fl_display, fl_screen), 0, 0, &root_x, &root_y, &child);
+  EXPECT_EQ(root_y, 0);
+  EXPECT_EQ(root_x + shell.w(), Fl::w());
+
+  // While a command runs the bar's labels turn grey, and black again after.
+  auto darkest_in_bar = [&] {
+    settle();
+    shell.make_current();
+    std::vector<unsigned char> p(3 * bar->w() * bar->h());
+    fl_read_image(p.data(), bar->x(), bar->y(), bar->w(), bar->h());
+    return *std::min_element(p.begin(), p.end());
+  };
+  EXPECT_LT(darkest_in_bar(), 40);
   w.disable_panel();
   EXPECT_FALSE(bar->active());
+  EXPECT_GT(darkest_in_bar(), 80);
   w.enable_panel();
   EXPECT_TRUE(bar->active());
+  EXPECT_LT(darkest_in_bar(), 40);
 
   // The mouse position in plan coordinates, as the program's handler formats it.
   send(w, FL_MOVE, 300, 150);

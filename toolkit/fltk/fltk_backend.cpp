@@ -61,13 +61,23 @@ void fltk_backend::create(window&) {}
 void fltk_backend::display(window& w, int x, int y, window* parent) {
   Fl_Double_Window& shell = fltk_native_window::of(w).shell();
   fltk_native_window* over = parent ? fltk_native_window::find(*parent) : nullptr;
+  int px, py;
   if (over && over->shell().shown()) {
     Fl_Double_Window& p = over->shell();
-    shell.position(fltk_place(x, shell.w(), p.x(), p.w()), fltk_place(y, shell.h(), p.y(), p.h()));
+    px = fltk_place(x, shell.w(), p.x(), p.w());
+    py = fltk_place(y, shell.h(), p.y(), p.h());
   } else {
-    shell.position(fltk_place(x, shell.w(), Fl::x(), Fl::w()), fltk_place(y, shell.h(), Fl::y(), Fl::h()));
+    px = fltk_place(x, shell.w(), Fl::x(), Fl::w());
+    py = fltk_place(y, shell.h(), Fl::y(), Fl::h());
   }
+  shell.position(px, py);
   shell.show();
+  // Without a window manager FLTK keeps room for a title bar it assumes (20 pixels down, one
+  // to the right) but still reports the place asked for, so a plain position() would not
+  // move it. A nudge and back moves the window where it was meant to be; a window manager
+  // adds its decorations around that place.
+  shell.position(px + 1, py + 1);
+  shell.position(px, py);
   Fl::flush();
 }
 

@@ -141,10 +141,13 @@ void fltk_native_window::close_pressed(Fl_Widget*, void* data) {
 
 void fltk_native_window::enable_menu_bar(bool on) {
   if (!bar) return;
+  // FLTK keeps a deactivated bar's labels black; grey them so that the planner sees it is inert.
   if (on)
     bar->activate();
   else
     bar->deactivate();
+  bar->textcolor(on ? FL_BLACK : fl_inactive(FL_BLACK));
+  bar->redraw();
   if (shell_window->shown()) Fl::flush();
 }
 
