@@ -5,6 +5,7 @@
 #include <cfloat>
 #include <cmath>
 #include <fstream>
+#include <optional>
 
 #include "propagation/Trl_Motorola.h"
 #include "network/Trl_RxGridDistribution.h"
@@ -14,6 +15,7 @@
 #include "propagation/Trl_Wang.h"
 #include "propagation/Trl_XiaBertoni.h"
 #include "search/Trl_Assignment.h"
+#include "search/Trl_BestSetSearch.h"
 #include "search/Trl_GaSearch.h"
 #include "search/Trl_SimpleSearch.h"
 #include "toolkit/array.h"
@@ -529,7 +531,60 @@ void Trl_Planner::set_search_parameters() {
   d.run(*this);
 }
 
-void Trl_Planner::set_best_set_parameters() { not_available("Best-set search parameters"); }
+// Two forms, chosen once at the opening: the uniform region without a distribution, the
+// activation with one. Either ends by drawing the users the search starts from.
+void Trl_Planner::set_best_set_parameters() {
+  Trl_Dialog d("Set best-set parameters", " Set best-set parameters ...");
+  const bool distributed = distribution != nullptr;
+  const Trl_Grid* grid = terrain ? &terrain->height_grid() : nullptr;
+  std::optional<Trl_Dialog::region_entries> r;
+  double* percentage = nullptr;
+  if (distributed) {
+    percentage = &d.real("Activation percentage [%]: ", activation, Trl_Dialog::percent);
+    if (terrain) d.boolean("Mobile users only in street: ", only_in_street);
+  } else {
+    r.emplace(d.region(rx_region, "Number of mobile users: ", grid));
+  }
+  int& searches = d.integer("Number of search tries: ", search_tries);
+  int& validations = d.integer("Number of validation tries: ", validation_tries);
+  double& requirement = d.real("Validation requirement [%]: ", validation_requirement, Trl_Dialog::percent);
+  if (distributed) {
+    d.test([=] { return *percentage > 0 && *percentage <= 100; },
+           "Activation percentage must be percentage greater than zero");
+  } else {
+    d.region_rules(*r);
+    d.test([&] { return r->count >= 1; }, "Number of mobile users must be greater than 0.");
+  }
+  d.test([&] { return searches >= 1; }, "Number of search tries must be greater than 0.");
+  d.test([&] { return validations >= 1; }, "Number of validation tries must be greater than 0.");
+  d.test([&] { return requirement >= 0 && requirement <= 100; }, "Validation requirement must be percentage.");
+  if (!distributed)
+    d.test([&] { return overlaps_terrain(r->xmin, r->ymin, r->xmax, r->ymax); },
+           "Terrain does not overlap selected region.");
+  if (!d.run(*this)) return;
+  drop_assignment();
+  if (distributed) {
+    sample_distribution();
+  } else {
+    rx_box_min = tk::point(rx_region.xmin, rx_region.ymin);
+    rx_box_max = tk::point(rx_region.xmax, rx_region.ymax);
+    rx_list.clear();
+    Trl_Rx::generate(rx_list, rx_template(), rx_region, only_in_street, terrain);
+  }
+}
+
+int Trl_Planner::generate_users() {
+  drop_assignment();
+  if (distribution) {
+    sample_distribution();
+  } else {
+    rx_list.clear();
+    Trl_Rx::generate(rx_list, rx_template(), rx_region, only_in_street, terrain);
+    rx_box_min = tk::point(rx_region.xmin, rx_region.ymin);
+    rx_box_max = tk::point(rx_region.xmax, rx_region.ymax);
+  }
+  return rx_list.size();
+}
 
 // ======================================================================== generators and pickers
 
@@ -812,8 +867,4 @@ void Trl_Planner::compute_assignment_command() {
 
 void Trl_Planner::simple_search_command() { Trl_SimpleSearch::run(*this); }
 
-void Trl_Planner::best_set_search_command() {
-  begin_command();
-  not_available("Best-set search algorithm");
-  end_command();
-}
+void Trl_Planner::best_set_search_command() { Trl_BestSetSearch::run(*this); }

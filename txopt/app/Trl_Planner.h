@@ -159,6 +159,9 @@ class Trl_Planner {
   // Fills rx_list from the distribution with `activation` and `only_in_street`, and sets the
   // users' box to the distribution's.
   void sample_distribution();
+  // A fresh sample of users for the best-set search: from the distribution when one is
+  // loaded, else uniform in rx_region; the assignment goes. Returns the number of users.
+  int generate_users();
 
   // ---- runs: working order, solver steps, the three Run commands
   int working_list(tk::list<Trl_Tx>& list);

@@ -62,6 +62,12 @@ void Trl_SimpleSearch::run(Trl_Planner& planner) {
   planner.end_command();
 }
 
+int Trl_SimpleSearch::run_algorithm(Trl_Planner& planner, int fixed_count, Trl_Assignment& candidate,
+                                    const tk::list<Trl_Tx>& working, int try_number) {
+  (void)working;
+  return for_planner(planner).hbb_search(fixed_count, candidate, try_number);
+}
+
 int Trl_SimpleSearch::hbb_search(int fixed_count, Trl_Assignment& candidate, int try_number) {
   TK_ASSERT(best != nullptr && *best != nullptr, "hbb_search without a current assignment");
   Trl_HbbWalker walker(candidate.used, max_stagnation, fixed_count);

@@ -9,6 +9,11 @@
 
 class Trl_Assignment;
 class Trl_Planner;
+class Trl_Tx;
+namespace tk {
+template <class T>
+class list;
+}
 
 class Trl_SimpleSearch {
  public:
@@ -36,6 +41,11 @@ class Trl_SimpleSearch {
   // The command "Simple search algorithm" on the planner, bracketed by begin_command and
   // end_command.
   static void run(Trl_Planner& planner);
+
+  // The algorithm that "Algorithm" names on the candidate, with the planner's best as the
+  // best so far; a result of the scale above.
+  static int run_algorithm(Trl_Planner& planner, int fixed_count, Trl_Assignment& candidate,
+                           const tk::list<Trl_Tx>& working, int try_number);
 
   // " Best assignment: %d BS, %g [W].", with "(%d) " in front for a non-zero try.
   static tk::string best_status(int try_number, int used, double uplink_sum);
