@@ -2,11 +2,14 @@
 
 #include "app/Trl_Dialog.h"
 
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 #include <fstream>
 #include <optional>
 
+#include "app/Trl_Imt2000Command.h"
+#include "network/Trl_Imt2000Snapshot.h"
 #include "propagation/Trl_Motorola.h"
 #include "network/Trl_RxGridDistribution.h"
 #include "network/Trl_RxPolyDistribution.h"
@@ -665,7 +668,27 @@ void Trl_Planner::sample_distribution() {
   rx_box_max = distribution->max_corner();
 }
 
-void Trl_Planner::generate_imt2000_rx() { not_available("IMT2000 mobile users"); }
+void Trl_Planner::generate_imt2000_rx() { Trl_Imt2000Command::run(*this); }
+
+// The users take the planner's UMTS values but an activity of 1, the Eb/N0 and rates of
+// their two legs, and the uplink bearer.
+int Trl_Planner::install_rx(const Trl_Imt2000Snapshot& users) {
+  if (users.users() == 0) return rx_list.size();
+  drop_assignment();
+  rx_box_min = tk::point(DBL_MAX, DBL_MAX);
+  rx_box_max = tk::point(-DBL_MAX, -DBL_MAX);
+  rx_list.clear();
+  for (int k = 0; k < users.users(); ++k) {
+    const int up = users.bearers[2 * k], down = users.bearers[2 * k + 1];
+    Trl_Rx rx(tk::d3_point(users.x(k), users.y(k), rx_height), k, users.ebno[2 * k + 1], users.ebno[2 * k],
+              rx_noise_factor, rx_max_power, rx_min_power, rx_gain, 1.0, users.rates[down], users.rates[up], up);
+    if (terrain) rx.set_cell(terrain->height_grid());
+    rx_list.append(rx);
+    rx_box_min = tk::point(std::min(rx_box_min.xcoord(), users.x(k)), std::min(rx_box_min.ycoord(), users.y(k)));
+    rx_box_max = tk::point(std::max(rx_box_max.xcoord(), users.x(k)), std::max(rx_box_max.ycoord(), users.y(k)));
+  }
+  return rx_list.size();
+}
 
 // Picks and edits base stations until a pick is broken. A change of status moves an excluded
 // station to the end of the list, a formerly excluded one to the front, drops the assignment

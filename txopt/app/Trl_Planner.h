@@ -18,6 +18,7 @@ namespace tk {
 class window;
 }
 class Trl_Assignment;
+class Trl_Imt2000Snapshot;
 class Trl_PathLoss;
 class Trl_RunningStats;
 class Trl_Terrain;
@@ -150,6 +151,9 @@ class Trl_Planner {
   void generate_uniform_rx();
   void generate_distributed_rx();
   void generate_imt2000_rx();
+  // Replaces the mobile users by a generated snapshot, unless it holds none; returns the
+  // number of mobile users.
+  int install_rx(const Trl_Imt2000Snapshot& users);
   void edit_tx();
   void draw_coverage();
   // Deletes the current assignment, if any.
