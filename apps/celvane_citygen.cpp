@@ -1,7 +1,8 @@
 // celvane-citygen --out DIR [--seed N] [--cells N] [--cell METRES] [--stations N] [--users N]
 // Writes a synthetic city as DIR/terrain.map and DIR/terrain.urb, with base stations in
 // DIR/bs.dtx, mobile users in DIR/mu.drx, and user densities in DIR/mu_dis.drd (grid form)
-// and DIR/mu_dis_polygons.drd (polygon form).
+// and DIR/mu_dis_polygons.drd (polygon form), and the IMT-2000 traffic in DIR/Entrada.ent and
+// DIR/Datos.ent.
 #include <cstdlib>
 #include <iostream>
 #include <string>
@@ -34,7 +35,8 @@ int main(int argc, char** argv) {
   bool ok = city.write_heights(out + "/terrain.map") && city.write_clutter(out + "/terrain.urb") &&
             city.write_base_stations(out + "/bs.dtx", stations) && city.write_users(out + "/mu.drx", users) &&
             city.write_grid_distribution(out + "/mu_dis.drd") &&
-            city.write_polygon_distribution(out + "/mu_dis_polygons.drd");
+            city.write_polygon_distribution(out + "/mu_dis_polygons.drd") &&
+            city.write_imt2000_traffic(out + "/Entrada.ent") && city.write_imt2000_users(out + "/Datos.ent");
   if (!ok) {
     std::cerr << "celvane-citygen: cannot write into " << out << "\n";
     return 1;

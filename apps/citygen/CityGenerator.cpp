@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <initializer_list>
+#include <utility>
 
 CityGenerator::CityGenerator(int cells_, double cell_size, unsigned seed)
     : cells(cells_), size(cell_size), random(seed), building(static_cast<size_t>(cells_) * cells_, 0),
@@ -169,5 +171,75 @@ bool CityGenerator::write_polygon_distribution(const std::string& path) const {
   for (const district& d : districts)
     out << "4 " << d.x0 << " " << d.y0 << " " << d.x1 << " " << d.y0 << " " << d.x1 << " " << d.y1 << " " << d.x0
         << " " << d.y1 << " " << d.users << "\n";
+  return static_cast<bool>(out);
+}
+
+namespace {
+
+// A number as the ".ent" files want it: digits and at most one point, no exponent.
+std::string plain(double v) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%.3f", v);
+  std::string s = text;
+  s.erase(s.find_last_not_of('0') + 1);
+  if (s.back() == '.') s.pop_back();
+  return s;
+}
+
+std::string list(const char* keyword, std::initializer_list<double> values) {
+  std::string line = keyword;
+  for (double v : values) line += plain(v) + ",";
+  line.back() = '}';
+  return line + "\n";
+}
+
+}  // namespace
+
+bool CityGenerator::write_imt2000_traffic(const std::string& path) const {
+  std::ofstream out(path);
+  out << "DATOS IMT2000\n"
+      << list("Occupancy={", {1, 1, 1, 0.8, 1, 0.5}) << list("Average_Call_Dur={", {53.3, 13.9, 30, 180, 156, 120})
+      << list("BitRate_DL={", {2000, 384, 14, 128, 14, 16}) << list("F_Asym={", {0.005, 0.026, 1, 1, 1, 1})
+      << "URBAN\n";
+  struct environment {
+    const char* name;
+    std::initializer_list<double> lambda, penetration;
+  };
+  const environment environments[] = {
+      {"Pedestrian", {0.06, 0.06, 0.03, 0.06, 0.03, 0.6}, {0.047, 0.077, 0.25, 0.005, 0.1, 0.6}},
+      {"Vehiculos", {0.004, 0.004, 0.002, 0.004, 0.002, 0.6}, {0.047, 0.077, 0.25, 0.005, 0.1, 0.6}},
+      {"Negocios", {0.12, 0.12, 0.06, 0.12, 0.06, 1.0}, {0.05, 0.08, 0.25, 0.01, 0.1, 0.6}},
+      {"Domestico", {0.06, 0.06, 0.03, 0.06, 0.03, 0.13}, {0.047, 0.047, 0.25, 0.005, 0.1, 0.6}},
+      {"SUBURBAN", {0.06, 0.06, 0.03, 0.06, 0.03, 0.13}, {0.047, 0.047, 0.25, 0.005, 0.1, 0.6}},
+      {"RURAL", {0.004, 0.004, 0.002, 0.004, 0.002, 0.5}, {0.047, 0.047, 0.25, 0.005, 0.1, 0.6}}};
+  for (const environment& e : environments)
+    out << e.name << "\n" << list("Lambda={", e.lambda) << list("Penetration_Rate={", e.penetration);
+  return static_cast<bool>(out);
+}
+
+bool CityGenerator::write_imt2000_users(const std::string& path) const {
+  const double e = cells * size;
+  struct district {
+    double density;  // users per km2
+    std::initializer_list<double> quien;
+    std::vector<std::pair<double, double>> corners;  // fractions of the extent
+  };
+  const district districts[] = {
+      {120000, {1, 1, 1, 1, 1}, {{0.35, 0.35}, {0.65, 0.35}, {0.65, 0.65}, {0.35, 0.65}}},  // downtown
+      {15000, {2, 0, 0, 0, 0}, {{0.02, 0.2}, {0.3, 0.2}, {0.3, 0.95}, {0.02, 0.95}}},       // west side
+      {3000, {3, 0, 0, 0, 0}, {{0.0, 0.0}, {1.0, 0.0}, {1.0, 0.11}, {0.0, 0.11}}},          // south bank
+      {40000, {1, 1, 0, 1, 0}, {{0.7, 0.2}, {0.98, 0.2}, {0.98, 0.55}}}};                   // east side
+  std::ofstream out(path);
+  out << "DATOS\nEnlace=Uplink\n" << list("Rp={", {8, 64, 144, 384, 30.4, 60.8, 243.2})
+      << list("Eb_NoUP_In={", {4.8, 2.3, 2.3, 2.3, 1.5, 1.5, 1.5})
+      << list("Eb_NoDL_In={", {6.7, 1.9, 1.9, 1.9, 1.2, 1.2, 1.2})
+      << list("Eb_NoUP_Out={", {5.8, 3.1, 2.48, 2.2, 2.65, 2.45, 1.4})
+      << list("Eb_NoDL_Out={", {7.8, 2.8, 2.0, 2.15, 2.1, 1.78, 1.05})
+      << list("Ep={", {1, 1, 1, 1, 0.9, 0.9, 0.9}) << "poligono=" << sizeof districts / sizeof districts[0] << "\n";
+  for (const district& d : districts) {
+    out << "densidad=" << plain(d.density) << "\n" << list("quien={", d.quien) << "vertices=" << d.corners.size()
+        << "\n";
+    for (const auto& c : d.corners) out << "(" << plain(c.first * e) << "," << plain(c.second * e) << ")\n";
+  }
   return static_cast<bool>(out);
 }

@@ -22,6 +22,11 @@ class CityGenerator {
   // empty over the river and the park.
   bool write_grid_distribution(const std::string& path) const;     // ".drd", grid form
   bool write_polygon_distribution(const std::string& path) const;  // ".drd", polygon form
+  // IMT-2000 traffic: the services in the six environments ("Entrada.ent"), and the bearers
+  // with four districts of the city ("Datos.ent"): downtown, the west side, the south bank
+  // and the east side.
+  bool write_imt2000_traffic(const std::string& path) const;
+  bool write_imt2000_users(const std::string& path) const;
 
   bool built(int column, int row) const { return building[index(column, row)] != 0; }
   short height(int column, int row) const { return heights[index(column, row)]; }
