@@ -1,5 +1,7 @@
 #include "citygen/CityGenerator.h"
 
+#include "planfiles/PlanRasterWriter.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -48,55 +50,11 @@ void CityGenerator::lay_out() {
 }
 
 bool CityGenerator::write_heights(const std::string& path) const {
-  unsigned across = (cells + 63) / 64, down = (cells + 31) / 32;
-  unsigned file_size = down * 32 * across * 64 * 2 + 4096;
-  std::vector<char> bytes(file_size, 0);
-  short low = *std::min_element(heights.begin(), heights.end());
-  short high = *std::max_element(heights.begin(), heights.end());
-  int written = std::snprintf(bytes.data(), 4096,
-                              "# memory mapped matrix, (C) 2001, Tarnwick Radio Labs\n"
-                              "filesize  %10u\npagesize  %10u\nentrysize %10u\nrows      %10u\ncolumns   %10u\n"
-                              "xlc 0 ylc 0 gridsize %g minimum %d maximum %d\n",
-                              file_size, 4096u, 2u, static_cast<unsigned>(cells), static_cast<unsigned>(cells), size,
-                              low, high);
-  if (written <= 0 || written >= 4096) return false;
-  for (int r = 0; r < cells; ++r)
-    for (int c = 0; c < cells; ++c) {
-      unsigned entry = ((r / 32) * across + c / 64) * 2048 + (r % 32) * 64 + (c % 64);
-      std::uint16_t h = static_cast<std::uint16_t>(heights[index(c, r)]);
-      bytes[4096 + 2 * entry] = static_cast<char>(h & 0xff);
-      bytes[4096 + 2 * entry + 1] = static_cast<char>(h >> 8);
-    }
-  std::ofstream out(path, std::ios::binary);
-  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  return static_cast<bool>(out);
+  return PlanRasterWriter(cells, cells, 0, 0, size).write_heights(path, heights);
 }
 
 bool CityGenerator::write_clutter(const std::string& path) const {
-  std::ofstream out(path);
-  out << "# run length coded urban cluttering, (C) 2001, Tarnwick Radio Labs\n"
-      << 0 << " " << 0 << " " << size << "\n"
-      << cells << " " << cells << "\n";
-  std::vector<int> previous;
-  for (int r = 0; r < cells; ++r) {
-    std::vector<int> runs;
-    int start = 0;
-    for (int c = 1; c <= cells; ++c)
-      if (c == cells || built(c, r) != built(start, r)) {
-        runs.push_back(c - start);
-        start = c;
-      }
-    std::vector<int> row_code = runs;
-    row_code.insert(row_code.begin(), built(0, r) ? 1 : 0);
-    if (r > 0 && row_code == previous) {
-      out << "2\n";
-      continue;
-    }
-    for (size_t k = 0; k < row_code.size(); ++k) out << (k ? " " : "") << row_code[k];
-    out << "\n";
-    previous = row_code;
-  }
-  return static_cast<bool>(out);
+  return PlanRasterWriter(cells, cells, 0, 0, size).write_clutter(path, building);
 }
 
 bool CityGenerator::write_base_stations(const std::string& path, int count) {

@@ -1,8 +1,8 @@
 // CityGenerator: a synthetic city for the sample plan and the tests. Streets in a grid
 // with a diagonal avenue and a square, blocks of buildings of varied heights, a river and
 // a park without buildings, ground that rises gently; and base stations on roofs and in
-// streets, and mobile users in the streets. Its file writers are its own, apart from the
-// program's readers, so that a reader fault cannot hide behind a writer fault.
+// streets, and mobile users in the streets. Its file writers are apart from the program's
+// readers, so that a reader fault cannot hide behind a writer fault.
 #pragma once
 
 #include <cstdint>
