@@ -49,7 +49,9 @@ Trl_CoverageRaster* Trl_CoverageMap::compute(int c0, int r0, int c1, int r1, con
   int done = 0;
   for (Trl_Grid::iterator_border it(g, c0, r0, c1, r1); !it.at_end(); it.advance()) {
     if (terrain.in_clutter(it.col, it.row)) fan_line(*raster, c0, r0, it.col, it.row);
-    // The share grows by border cell, not by cell computed, so the steps are uneven.
+    // The share grows by border cell, not by cell computed, so the steps are uneven. The
+    // threshold is summed up in steps of 0.01, which lands a hair above 1 at the end: the
+    // last report is the one before the full 100 percent.
     const double fraction = ++done / total;
     if (fraction >= threshold) {
       progress(fraction);
