@@ -9,7 +9,9 @@
 
 #include "network/Trl_Rx.h"
 #include "network/Trl_Tx.h"
+#include "network/Trl_TxBitvector.h"
 #include "propagation/Trl_CoverageMap.h"
+#include "propagation/Trl_ProfileRuns.h"
 #include "propagation/Trl_XiaBertoni.h"
 #include "raster/RasterFiles.h"
 #include "raster/Trl_CoverageRaster.h"
@@ -22,11 +24,16 @@ namespace fs = std::filesystem;
 namespace {
 
 // 30 by 30 height cells of 10 m from the origin; the clutter covers only columns 0 to 24.
-// Blocks of 2 by 2 buildings every 5 cells in the western 12 columns (a few runs a row); the
-// ground rises northward by 1 m every 3 rows.
+// Blocks of 2 by 2 buildings every 4 cells in the western 13 columns (a few runs a row);
+// every third block is flat, a metre below the ground, which the analysis takes for street.
+// The ground rises northward by 1 m every 3 rows.
 const int size = 30, clutter_columns = 25;
-bool is_building(int c, int r) { return c < 12 && (c % 5 == 2 || c % 5 == 3) && (r % 5 == 2 || r % 5 == 3); }
-short height_of(int c, int r) { return static_cast<short>(r / 3 + (is_building(c, r) ? 12 + (c + r) % 7 : 0)); }
+bool is_building(int c, int r) { return c < 13 && c % 4 >= 2 && r % 4 >= 2; }
+bool is_flat(int c, int r) { return (c / 4 + r / 4) % 3 == 0; }
+short height_of(int c, int r) {
+  if (!is_building(c, r)) return static_cast<short>(r / 3);
+  return static_cast<short>(is_flat(c, r) ? r / 3 - 1 : r / 3 + 12 + (c + r) % 7);
+}
 
 class CoverageMap : public testing::Test {
  protected:
@@ -66,7 +73,9 @@ class CoverageMap : public testing::Test {
     tx.set_cell(terrain->height_grid());
     return tx;
   }
-  Trl_XiaBertoni model() { return Trl_XiaBertoni(terrain, 2, 1500, 0.95, true, 5.5225, 1.8, 32.2, 35.1, 15.8493192); }
+  Trl_XiaBertoni model(bool geometric = true) {
+    return Trl_XiaBertoni(terrain, 2, 1500, 0.95, geometric, 5.5225, 1.8, 32.2, 35.1, 15.8493192);
+  }
 
   fs::path dir;
   Trl_Terrain* terrain = new Trl_Terrain;
@@ -101,7 +110,7 @@ TEST_F(CoverageMap, EachCellHoldsTheLossOnTheFirstLineThatReachesIt) {
   } cases[] = {
       {1, 1, 6, true, 2, 1, true},       // next to the base station: a profile of one cell
       {1, 1, 6, true, 11, 11, true},     // far: the corner of the shifted square
-      {1, 1, 6, true, 4, 4, true},       // behind the block at 2..3, 2..3
+      {1, 1, 6, true, 9, 9, true},       // behind the block at 6..7, 6..7
       {1, 1, 6, true, 7, 7, true},       // inside a building, asked for
       {1, 1, 6, false, 7, 7, false},     // the same building with "NO"
       {1, 1, 6, false, 2, 4, true},      // an open cell with "NO", past the block's corner
@@ -126,6 +135,37 @@ TEST_F(CoverageMap, EachCellHoldsTheLossOnTheFirstLineThatReachesIt) {
     EXPECT_EQ(raster->grid.nx, static_cast<unsigned>(s.c1 - s.c0 + 1));
     raster->release();
   }
+}
+
+TEST_F(CoverageMap, EveryCellOfASquareAgreesWithItsFirstLine) {
+  // Lines of up to three buildings, flat ones among them, by both street averages, from a
+  // street and from a roof.
+  for (const Trl_Tx& tx : {station(1, 1), station(6, 6)})
+  for (bool geometric : {true, false})
+    for (bool in_buildings : {true, false}) {
+      const CoverageSquare s{0, 0, 15, 15};
+      Trl_XiaBertoni fan_model = model(geometric), line_model = model(geometric);
+      Trl_CoverageMap map(*terrain, fan_model, tx, user, in_buildings);
+      Trl_CoverageRaster* raster = map.compute(s.c0, s.r0, s.c1, s.r1, [](double) {});
+      for (int c = s.c0; c <= s.c1; ++c)
+        for (int r = s.r0; r <= s.r1; ++r)
+          EXPECT_NEAR(raster->value(c, r), loss_by_first_line(*terrain, line_model, tx, user, s, c, r, in_buildings),
+                      1e-9)
+              << c << "," << r << (geometric ? " geo" : " avg") << (in_buildings ? " YES" : " NO");
+      raster->release();
+    }
+}
+
+// A building partly below the ground line: its low cells count 0, not less.
+TEST(ProfileRuns, CellsBelowTheGroundLineAddNothingToTheHeightSum) {
+  const double heights[] = {0, 5, -3, 4, 0};
+  Trl_TxBitvector bits(5, true);
+  for (int k = 1; k <= 3; ++k) bits.set(k);
+  Trl_ProfileRuns line;
+  line.index(heights, bits, 5);
+  ASSERT_EQ(line.runs.size(), 1u);
+  EXPECT_EQ(line.height_sum(line.runs[0], 0, 0), 9);
+  EXPECT_EQ(line.height_sum(line.runs[0], -1, 0.5), 5.5 + 0 + 3.5);  // -3 + 1 - 1 < 0 counts 0
 }
 
 }  // namespace

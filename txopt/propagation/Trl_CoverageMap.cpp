@@ -67,6 +67,7 @@ void Trl_CoverageMap::fan_line(Trl_CoverageRaster& raster, int c0, int r0, int e
   int n = 0, bit_count = 0;
   terrain.height_profile(tx.cell_i, tx.cell_j, end_col, end_row, 0, n, heights.data(), columns.data(), rows.data());
   terrain.clutter_profile(tx.cell_i, tx.cell_j, end_col, end_row, bit_count, bits);
+  line.index(heights.data(), bits, n);
   const Trl_Grid& g = terrain.height_grid();
   for (int k = n - 1; k >= 1; --k) {
     double& loss = raster.at(columns[k] - c0, rows[k] - r0);
@@ -74,6 +75,6 @@ void Trl_CoverageMap::fan_line(Trl_CoverageRaster& raster, int c0, int r0, int e
     if (loss != 0 || (!in_buildings && bits.test(k))) continue;
     user.position = tk::d3_point(columns[k] * g.dx + g.x0, rows[k] * g.dy + g.y0, user.position.zcoord());
     user.set_cell(columns[k], rows[k]);
-    loss = -10 * std::log10(model.gain_on_profile(tx, user, heights.data(), bits, k));
+    loss = -10 * std::log10(model.gain_on_prefix(tx, user, line, k));
   }
 }

@@ -1,7 +1,9 @@
 // Trl_CoverageMap: the path loss (dB) from one base station to every cell of a square of the
 // height grid. Lines are walked from the base station to each border cell of the square and
 // fan out over all its cells: one profile fetch serves every cell of its line, cell k taking
-// the first k cells of it, and the first line to reach a cell decides its value.
+// the first k cells of it, and the first line to reach a cell decides its value. The
+// profile is indexed by its buildings once, so that each cell's analysis steps over
+// buildings rather than cells.
 #pragma once
 
 #include <functional>
@@ -10,6 +12,7 @@
 #include "network/Trl_Rx.h"
 #include "network/Trl_Tx.h"
 #include "network/Trl_TxBitvector.h"
+#include "propagation/Trl_ProfileRuns.h"
 #include "raster/Trl_Grid.h"
 
 class Trl_CoverageRaster;
@@ -48,4 +51,5 @@ class Trl_CoverageMap {
   std::vector<double> heights;  // m
   std::vector<int> columns, rows;
   Trl_TxBitvector bits;
+  Trl_ProfileRuns line;  // the buildings of the current line, for the loss at each of its cells
 };
