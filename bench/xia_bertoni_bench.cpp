@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <string>
 
+#include "bench_city.h"
 #include "network/Trl_Rx.h"
 #include "network/Trl_Tx.h"
 #include "propagation/Trl_XiaBertoni.h"
@@ -21,22 +22,6 @@
 
 namespace {
 
-// data/terrain.map of the source tree when it is there, otherwise a city made by
-// celvane-citygen in a folder of the benchmark's own.
-std::string city_file() {
-  const std::string sample = std::string(CELVANE_SOURCE_DIR) + "/data/terrain.map";
-  if (std::filesystem::exists(sample)) return sample;
-  const std::string dir = (std::filesystem::temp_directory_path() / "celvane_bench_city").string();
-  const std::string made = dir + "/terrain.map";
-  if (!std::filesystem::exists(made)) {
-    std::filesystem::create_directories(dir);
-    const std::string command =
-        std::string(CELVANE_BINARY_DIR) + "/apps/celvane-citygen --out " + dir + " --cells 500 --cell 2";
-    if (std::system(command.c_str()) != 0) std::fprintf(stderr, "cannot make the sample city\n");
-  }
-  return made;
-}
-
 // The plan: 40 base stations, every second one 5 m over a roof and the others 35 m over a
 // street, and 10,000 users at 1.5 m in the streets, placed by a fixed linear congruential
 // walk so that every run sees the same plan.
@@ -46,7 +31,7 @@ struct Plan {
   tk::list<Trl_Rx> rx;
 
   Plan(int stations, int users) : terrain(new Trl_Terrain) {
-    terrain->load(tk::to_drive_path(city_file()), [](const tk::string& s) { std::fprintf(stderr, "%s\n", s.cstring()); });
+    terrain->load(tk::to_drive_path(bench_city_file()), [](const tk::string& s) { std::fprintf(stderr, "%s\n", s.cstring()); });
     if (!terrain->loaded()) return;
     const Trl_Grid& g = terrain->height_grid();
     unsigned state = 4711;

@@ -315,16 +315,21 @@ void on_delete(tk::window* w) {
 }
 int redraws = 0;
 void on_redraw(tk::window*) { ++redraws; }
+// A pointer handler that writes the position into its window, as the raster displays do.
+void on_pointer(tk::window* w, double x, double y) { w->draw_text(0, 0, tk::string("  at %g,%g  ", x, y)); }
 
 TEST(ScriptBackend, WindowEventsReachTheirHandlers) {
   ScriptedWindows scripted(
-      "point 25 50\nredraw Celvane  -  Terrain\nresize 400 200 Celvane  -  Terrain\nclose Celvane  -  Terrain\n");
+      "point 25 50\npoint 10 20 Celvane  -  Terrain\nredraw Celvane  -  Terrain\nresize 400 200 Celvane  -  Terrain\n"
+      "close Celvane  -  Terrain\n");
   MenuBar bar;
   bar.w.set_coordinate_handler(tk::show_mouse_position);
   tk::window raster(300, 300, "Celvane  -  Terrain");
   raster.set_redraw(on_redraw);
   raster.set_window_delete_handler(on_delete);
+  raster.set_coordinate_handler(on_pointer);
   raster.display();
+  raster.init(0, 300, 0);
   redraws = 0;
   deleted = nullptr;
   tk::window* w = nullptr;
@@ -336,6 +341,8 @@ TEST(ScriptBackend, WindowEventsReachTheirHandlers) {
   EXPECT_NEAR(y, 50, 0.1);
   tk::read_event(w, value, x, y);
   EXPECT_EQ(w, &raster);
+  tk::read_event(w, value, x, y);
+  EXPECT_EQ(w, &raster);
   EXPECT_EQ(redraws, 1);
   tk::read_event(w, value, x, y);
   EXPECT_EQ(raster.width(), 400);
@@ -345,7 +352,8 @@ TEST(ScriptBackend, WindowEventsReachTheirHandlers) {
   EXPECT_EQ(deleted, &raster);
   EXPECT_EQ(w, nullptr);  // the handler may have deleted it
   EXPECT_EQ(scripted.transcript(),
-            "point: 25 50\n  coordinates:    25.00    50.00\nredraw: Celvane  -  Terrain\n"
+            "point: 25 50\n  coordinates:    25.00    50.00\n"
+            "point: 10 20 Celvane  -  Terrain\n  text: \"  at 10,20  \"\nredraw: Celvane  -  Terrain\n"
             "resize: 400 200 Celvane  -  Terrain\nclose: Celvane  -  Terrain\n");
 }
 

@@ -260,6 +260,7 @@ void script_backend::rectangle(window& w, int x0, int y0, int x1, int y1, bool f
 }
 
 void script_backend::text(window& w, int x, int y, const std::string& s, int colour) {
+  if (&w == pointer_window) pointer_texts.push_back(s);
   painter(w).record(drawing_op{drawing_op::text, {x, y}, colour, s, {}});
 }
 
@@ -493,9 +494,14 @@ window* script_backend::event_window(const script_step& step, window*& w, int& p
   } else if (step.verb == "point") {
     px = target.x_to_pixel(step.x);
     py = target.y_to_pixel(step.y);
+    // What the handler writes into the window is all a planner reads there: record it.
+    pointer_window = &target;
+    pointer_texts.clear();
     target.show_coordinates(px, py);
+    pointer_window = nullptr;
     if (target.wants_coordinates() && !target.coordinate_text.empty())
       write_line("  coordinates: " + target.coordinate_text);
+    for (const std::string& t : pointer_texts) write_line("  text: \"" + t + "\"");
   } else if (step.verb == "close") {
     bool is_main = &target == main_window;
     target.user_deleted();

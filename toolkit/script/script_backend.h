@@ -112,6 +112,8 @@ class script_backend : public backend {
   std::vector<window*> windows;  // displayed windows, in the order they appeared
   window* main_window = nullptr;
   long stop_countdown = 0;
+  window* pointer_window = nullptr;       // the window whose pointer handler runs for a point step
+  std::vector<std::string> pointer_texts;  // the texts that handler drew
   std::streambuf* saved_stdout = nullptr;
   std::unique_ptr<std::streambuf> stdout_lines;
 };

@@ -13,7 +13,10 @@
 #include "propagation/Trl_Motorola.h"
 #include "network/Trl_RxGridDistribution.h"
 #include "network/Trl_RxPolyDistribution.h"
+#include "raster/Trl_CoverageRaster.h"
+#include "raster/Trl_RasterDisplay.h"
 #include "raster/Trl_Terrain.h"
+#include "propagation/Trl_CoverageMap.h"
 #include "propagation/Trl_PathLoss.h"
 #include "propagation/Trl_Wang.h"
 #include "propagation/Trl_XiaBertoni.h"
@@ -242,18 +245,9 @@ void Trl_Planner::fit_view() {
 // The raster excerpt of 2 r cells around the base station nearest to a pick, in a window
 // of its own: heights for "Draw terrain", buildings for "Draw building clutter".
 void Trl_Planner::draw_raster(bool heights) {
-  if (tx_list.empty()) {
-    message("No base stations?");
-    return;
-  }
-  if (!terrain) {
-    message("No terrain?");
-    return;
-  }
-  tk::point p;
-  if (!pick_point(" Select base station! (Right button to BREAK)", p)) return;
-  const Trl_Tx& tx = tx_list[Trl_Tx::nearest(tx_list, p)];
-  tk::point at = tx.position.to_point();
+  const Trl_Tx* tx = pick_station_on_terrain();
+  if (!tx) return;
+  tk::point at = tx->position.to_point();
   int r = visualization_radius;
   if (heights) {
     const Trl_Grid& g = terrain->height_grid();
@@ -268,9 +262,50 @@ void Trl_Planner::draw_raster(bool heights) {
   }
 }
 
+// The base station nearest to a pick, for the commands that look at the terrain round one;
+// null when there is nothing to pick on or the planner breaks off.
+const Trl_Tx* Trl_Planner::pick_station_on_terrain() {
+  if (tx_list.empty()) {
+    message("No base stations?");
+    return nullptr;
+  }
+  if (!terrain) {
+    message("No terrain?");
+    return nullptr;
+  }
+  tk::point p;
+  if (!pick_point(" Select base station! (Right button to BREAK)", p)) return nullptr;
+  return &tx_list[Trl_Tx::nearest(tx_list, p)];
+}
+
 void Trl_Planner::draw_terrain() { draw_raster(true); }
 
 void Trl_Planner::draw_clutter() { draw_raster(false); }
+
+// The path loss round the picked base station on the square of half width
+// visualization_radius, always by the Xia-Bertoni model of the current parameters, shown
+// in the coverage display; nothing of it stays in the planner.
+void Trl_Planner::draw_coverage() {
+  const Trl_Tx* picked = pick_station_on_terrain();
+  if (!picked) return;
+  show_status(" Computing pathloss coverage map.");
+  Trl_Tx tx = *picked;
+  const Trl_Grid& g = terrain->height_grid();
+  tx.set_cell(g);
+  int c0, r0, c1, r1;
+  Trl_CoverageMap::square(g, tx.cell_i, tx.cell_j, visualization_radius, c0, r0, c1, r1);
+  Trl_XiaBertoni xia_bertoni(terrain, frequency, max_cell_radius, height_tolerance, geometric_average, lmsd_linear,
+                             lmsd_exponent, far_pathloss_constant, far_pathloss_factor, indoor_attenuation);
+  const bool in_buildings = confirm("Compute pathloss in buildings?");
+  const Trl_Rx user(tk::d3_point(0, 0, rx_height), 1, ebno_down, ebno_up, rx_noise_factor, rx_max_power,
+                    rx_min_power, rx_gain, rx_activity, rate_down, rate_up, 0);
+  Trl_CoverageMap map(*terrain, xia_bertoni, tx, user, in_buildings);
+  Trl_CoverageRaster* raster = map.compute(c0, r0, c1, r1, [this](double fraction) {
+    show_status(tk::string(" Computing pathloss coverage map, %.2f%% done.", fraction * 100));
+  });
+  Trl_RasterDisplay::of(Trl_RasterDisplay::coverage).show_coverage(*raster, true, 0, 0, 0, 0);
+  raster->release();
+}
 
 void Trl_Planner::draw_distribution() {
   if (!distribution) {
@@ -714,8 +749,6 @@ void Trl_Planner::edit_tx() {
     redraw();
   }
 }
-
-void Trl_Planner::draw_coverage() { not_available("Draw pathloss coverage"); }
 
 // ======================================================================== working order and marking
 

@@ -124,6 +124,7 @@ class Trl_Planner {
   void draw_clutter();
   void draw_distribution();
   void draw_raster(bool heights);
+  const Trl_Tx* pick_station_on_terrain();
 
   // ---- loading and storing
   void load_terrain();

@@ -6,6 +6,7 @@
 
 #include "network/Trl_Rx.h"
 #include "network/Trl_Tx.h"
+#include "propagation/Trl_ProfileRuns.h"
 #include "raster/Trl_Clutter.h"
 #include "raster/Trl_Grid.h"
 #include "raster/Trl_Heightfield.h"
@@ -186,11 +187,23 @@ void Trl_XiaBertoni::decode_clutter_row(int row) {
 double Trl_XiaBertoni::near_gain(const Trl_Tx& tx, const Trl_Rx& rx, const double* H,
                                  const Trl_TxBitvector& B, int n) {
   analyse(tx, rx, H, B, n);
+  return finish(tx, rx, loss_of_analysis());
+}
+
+double Trl_XiaBertoni::gain_on_prefix(const Trl_Tx& tx, const Trl_Rx& rx, const Trl_ProfileRuns& line, int k) {
+  double result;
+  if (gain_without_profile(tx, rx, result)) return result;
+  TK_ASSERT(k >= 1 && k <= line.n, "a prefix holds at least the base station's cell");
+  analyse_prefix(tx, rx, line, k);
+  return finish(tx, rx, loss_of_analysis());
+}
+
+double Trl_XiaBertoni::loss_of_analysis() const {
   double loss = free_space();
   // No street or no more than one building on the line: nothing to diffract over.
   if (!(street == 0 || spacing == d)) loss = loss * rooftop_to_street() * multi_screen();
   if (indoor) loss = loss * indoor_factor;
-  return finish(tx, rx, loss);
+  return loss;
 }
 
 double Trl_XiaBertoni::finish(const Trl_Tx& tx, const Trl_Rx& rx, double loss) const {
@@ -211,12 +224,8 @@ void Trl_XiaBertoni::analyse(const Trl_Tx& tx, const Trl_Rx& rx, const double* H
   while (last_open >= 0 && B.test(last_open)) --last_open;
   const double Z = last_open >= 0 ? H[last_open] : H[n - 1];
 
-  // A mobile no higher than the building it stands in is indoors; above the roof it is out.
-  indoor = B.test(n - 1) && rx.position.zcoord() <= H[n - 1] - Z;
+  set_ends(tx, rx, H, B, n, A, Z);
   const double slope = (Z - A) / static_cast<double>(n - 1);
-  // An antenna on a building stands on its roof.
-  h_tx = (H[0] - A) + tx.position.zcoord();
-  h_rx = rx.position.zcoord();
 
   bool in_building = B.test(0);
   int streets = in_building ? 0 : 1;
@@ -254,7 +263,23 @@ void Trl_XiaBertoni::analyse(const Trl_Tx& tx, const Trl_Rx& rx, const double* H
     }
   }
   // A building still open at the end of the line is not counted.
+  set_means(n, streets, street_cells, buildings, roof_sum, gap_product);
+}
 
+// The antenna heights and whether the mobile is indoors, from the ground A at the near end
+// and Z at the far end of a profile of n cells.
+void Trl_XiaBertoni::set_ends(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B, int n,
+                              double A, double Z) {
+  // A mobile no higher than the building it stands in is indoors; above the roof it is out.
+  indoor = B.test(n - 1) && rx.position.zcoord() <= H[n - 1] - Z;
+  // An antenna on a building stands on its roof.
+  h_tx = (H[0] - A) + tx.position.zcoord();
+  h_rx = rx.position.zcoord();
+}
+
+// The means of the line from the counts of its walk over n cells.
+void Trl_XiaBertoni::set_means(int n, int streets, int street_cells, int buildings, double roof_sum,
+                               double gap_product) {
   h_roof = buildings ? roof_sum / buildings : 0;
   spacing = buildings ? d / buildings : d;
   if (streets == 0) street = 0;
@@ -262,6 +287,48 @@ void Trl_XiaBertoni::analyse(const Trl_Tx& tx, const Trl_Rx& rx, const double* H
   else street = (d / n) * std::pow(gap_product, 1.0 / streets);
   dh_tx = std::fabs(h_tx - h_roof);
   dh_rx = std::fabs(h_rx - h_roof);
+}
+
+// The walk of analyse over the first k cells, a building at a time: the open cells between
+// buildings only count, and a building closed by an open cell adds its mean height over
+// the ground line, or becomes street when it does not rise above it.
+void Trl_XiaBertoni::analyse_prefix(const Trl_Tx& tx, const Trl_Rx& rx, const Trl_ProfileRuns& line, int k) {
+  const double* H = line.heights;
+  const double A = line.first_open < k ? H[line.first_open] : H[0];
+  const int last_open = line.last_open_below[k];
+  const double Z = last_open >= 0 ? H[last_open] : H[k - 1];
+  set_ends(tx, rx, H, *line.bits, k, A, Z);
+  const double slope = (Z - A) / static_cast<double>(k - 1);
+  int streets = line.bits->test(0) ? 0 : 1;
+  int gap = 0, street_cells = 0, buildings = 0, at = 0;
+  double gap_product = 1.0, roof_sum = 0;
+  for (const Trl_ProfileRuns::run& r : line.runs) {
+    if (r.start >= k) break;
+    gap += r.start - at;
+    street_cells += r.start - at;
+    // A building entered from the street; one at the base station's cell has no gap before it.
+    if (r.start > 0) {
+      if (geometric) gap_product = gap_product * gap;
+      gap = 0;
+    }
+    at = k;
+    if (r.end >= k) break;  // still open at the end: not counted
+    const int cells = r.end - r.start;
+    const double sum = line.height_sum(r, A, slope);
+    if (!(sum > 0)) {
+      gap += 1 + cells;
+      street_cells += 1 + cells;
+    } else {
+      roof_sum += sum / cells;
+      ++buildings;
+      ++gap;
+      ++street_cells;
+      ++streets;
+    }
+    at = r.end + 1;
+  }
+  street_cells += k - at;
+  set_means(k, streets, street_cells, buildings, roof_sum, gap_product);
 }
 
 // ---------------------------------------------------------------- the factors

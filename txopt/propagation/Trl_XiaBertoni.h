@@ -13,6 +13,7 @@
 #include "toolkit/array.h"
 
 class Trl_Terrain;
+class Trl_ProfileRuns;
 
 class Trl_XiaBertoni : public Trl_PathLoss {
  public:
@@ -36,6 +37,9 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   // heights in m, bit k set where cell k holds a building.
   double gain_on_profile(const Trl_Tx& tx, const Trl_Rx& rx, const double* profile_heights,
                          const Trl_TxBitvector& profile_bits, int n);
+  // The same on the first k cells of an indexed profile, for many cells of one line: equal
+  // to gain_on_profile on those cells up to the rounding of a sum of roof heights.
+  double gain_on_prefix(const Trl_Tx& tx, const Trl_Rx& rx, const Trl_ProfileRuns& line, int k);
 
   Trl_Terrain* terrain;         // counted reference; may be null
   std::uint32_t profile_size;   // cells: the larger of the height grid's nx, ny; 0 without terrain
@@ -79,6 +83,11 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   bool gain_without_profile(const Trl_Tx& tx, const Trl_Rx& rx, double& result);
   double near_gain(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B, int n);
   void analyse(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B, int n);
+  void analyse_prefix(const Trl_Tx& tx, const Trl_Rx& rx, const Trl_ProfileRuns& line, int k);
+  void set_ends(const Trl_Tx& tx, const Trl_Rx& rx, const double* H, const Trl_TxBitvector& B, int n, double A,
+                double Z);
+  void set_means(int n, int streets, int street_cells, int buildings, double roof_sum, double gap_product);
+  double loss_of_analysis() const;
   bool well_above() const;
   bool well_below() const;
   double finish(const Trl_Tx& tx, const Trl_Rx& rx, double loss) const;

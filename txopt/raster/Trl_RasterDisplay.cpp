@@ -5,6 +5,7 @@
 
 #include "app/Trl_Pixmap.h"
 #include "raster/Trl_Clutter.h"
+#include "raster/Trl_CoverageRaster.h"
 #include "raster/Trl_Heightfield.h"
 #include "toolkit/color.h"
 #include "toolkit/string.h"
@@ -36,8 +37,17 @@ namespace {
 
 Trl_RasterDisplay terrain_display(Trl_RasterDisplay::terrain);
 Trl_RasterDisplay clutter_display(Trl_RasterDisplay::clutter);
+Trl_RasterDisplay coverage_display(Trl_RasterDisplay::coverage);
 
-Trl_RasterDisplay& display_of(tk::window* w) { return w == clutter_display.window ? clutter_display : terrain_display; }
+Trl_RasterDisplay& display_of(tk::window* w) {
+  if (w == clutter_display.window) return clutter_display;
+  return w == coverage_display.window ? coverage_display : terrain_display;
+}
+
+const char* title_of(Trl_RasterDisplay::kind_type kind) {
+  if (kind == Trl_RasterDisplay::terrain) return "Celvane  -  Terrain";
+  return kind == Trl_RasterDisplay::clutter ? "Celvane  -  Clutter" : "Celvane  -  Coverage";
+}
 
 void redraw_part(tk::window* w, double x0, double y0, double x1, double y1) {
   Trl_RasterDisplay& d = display_of(w);
@@ -55,10 +65,13 @@ Trl_RasterDisplay::Trl_RasterDisplay(kind_type k) : kind(k) {}
 
 Trl_RasterDisplay::~Trl_RasterDisplay() {}
 
-Trl_RasterDisplay& Trl_RasterDisplay::of(kind_type k) { return k == clutter ? clutter_display : terrain_display; }
+Trl_RasterDisplay& Trl_RasterDisplay::of(kind_type k) {
+  if (k == clutter) return clutter_display;
+  return k == coverage ? coverage_display : terrain_display;
+}
 
 void Trl_RasterDisplay::make_window() {
-  window = new tk::window(300, 300, kind == terrain ? "Celvane  -  Terrain" : "Celvane  -  Clutter");
+  window = new tk::window(300, 300, title_of(kind));
   window->set_bg_color(0);
   window->set_redraw(redraw_part);
   window->set_window_delete_handler(closing);
@@ -104,6 +117,16 @@ void Trl_RasterDisplay::show_clutter(Trl_Clutter& c, bool full, int x0, int y0, 
   paint_view(full, x0, y0, x1, y1);
 }
 
+void Trl_RasterDisplay::show_coverage(Trl_CoverageRaster& r, bool full, int x0, int y0, int x1, int y1) {
+  ready(full);
+  if (losses != &r) {
+    r.add_reference();
+    if (losses) losses->release();
+    losses = &r;
+  }
+  paint_matrix(r.matrix, r.legend, full, x0, y0, x1, y1);
+}
+
 // The view's cells as doubles, then the picture; the terrain's legend stretches over the
 // heights in view.
 void Trl_RasterDisplay::paint_view(bool full, int x0, int y0, int x1, int y1) {
@@ -126,12 +149,17 @@ void Trl_RasterDisplay::paint_view(bool full, int x0, int y0, int x1, int y1) {
     heights->legend = Trl_Legend(false, 14, low, (high - low) / 14);
     legend = &heights->legend;
   }
+  paint_matrix(view, *legend, full, x0, y0, x1, y1);
+}
+
+void Trl_RasterDisplay::paint_matrix(const Trl_MatrixT<double, double>& matrix, const Trl_Legend& legend, bool full,
+                                     int x0, int y0, int x1, int y1) {
   window->start_buffering();
   if (full) {
     window->clear();
-    paint(*window, view, *legend, 0, 0, width - 1, height - 1);
+    paint(*window, matrix, legend, 0, 0, width - 1, height - 1);
   } else {
-    paint(*window, view, *legend, x0, y0, x1, y1);
+    paint(*window, matrix, legend, x0, y0, x1, y1);
   }
   window->flush_buffer();
   window->stop_buffering();
@@ -140,11 +168,21 @@ void Trl_RasterDisplay::paint_view(bool full, int x0, int y0, int x1, int y1) {
 void Trl_RasterDisplay::redraw(bool full, int x0, int y0, int x1, int y1) {
   if (kind == terrain && heights) show_heights(*heights, full, x0, y0, x1, y1);
   if (kind == clutter && buildings) show_clutter(*buildings, full, x0, y0, x1, y1);
+  if (kind == coverage && losses) show_coverage(*losses, full, x0, y0, x1, y1);
+}
+
+// The loss of the cell under the pointer; the coverage has no view and is shown whole.
+tk::string Trl_RasterDisplay::coverage_text(double x, double y) const {
+  const int columns = static_cast<int>(losses->matrix.columns), rows = static_cast<int>(losses->matrix.rows);
+  const int c = std::max(0, std::min(columns - 1, static_cast<int>(x / width * columns)));
+  const int r = std::max(0, std::min(rows - 1, static_cast<int>(y / height * rows)));
+  return tk::string("  %5.1f dB  ", losses->value(c, r));
 }
 
 void Trl_RasterDisplay::pointer_at(double x, double y) {
   if (!window || width <= 0 || height <= 0) return;
   tk::string text;
+  int inset = 100;
   if (kind == terrain && heights) {
     int vw = heights->view_x1 - heights->view_x0 + 1, vh = heights->view_y1 - heights->view_y0 + 1;
     int c = static_cast<int>(x / width * vw) + heights->view_x0;
@@ -161,10 +199,13 @@ void Trl_RasterDisplay::pointer_at(double x, double y) {
     r = std::max(0, std::min(static_cast<int>(buildings->rows) - 1, r));
     text = tk::string("  %.8g,%.8g,%d  ", c * buildings->grid.dx + buildings->grid.x0,
                       r * buildings->grid.dy + buildings->grid.y0, buildings->built(c, r) ? 1 : 0);
+  } else if (kind == coverage && losses) {
+    text = coverage_text(x, y);
+    inset = 50;  // the shorter text stands further right
   } else {
     return;
   }
-  window->draw_text(width - 100, height - 40, text, tk::black);
+  window->draw_text(width - inset, height - 40, text, tk::black);
 }
 
 void Trl_RasterDisplay::closed() {
@@ -174,7 +215,9 @@ void Trl_RasterDisplay::closed() {
   opened = false;
   if (heights) heights->release();
   if (buildings) buildings->release();
+  if (losses) losses->release();
   heights = nullptr;
   buildings = nullptr;
+  losses = nullptr;
   width = height = 0;
 }
