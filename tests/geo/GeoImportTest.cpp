@@ -18,7 +18,9 @@
 #include <memory>
 #include <string>
 
+#include "app/Trl_Planner.h"
 #include "geo/GeoSidecar.h"
+#include "raster/Trl_CoverageRaster.h"
 #include "raster/Trl_Terrain.h"
 #include "toolkit/directory.h"
 
@@ -261,4 +263,38 @@ TEST_F(GeoImport, SitesGoIntoThePlanAndThePlanComesBackAsGeoJson) {
     }
   }
   EXPECT_EQ(served, 3);
+
+  // The coverage round BS0009 as a GeoTIFF, against the map the program computes.
+  status = run("cd " + dir + " && " + tool("celvane-export") +
+                   " coverage --like city.map --tx bs.dtx --station BS0009 --radius 30 --out cov.tif",
+               said);
+  ASSERT_EQ(status, 0) << said;
+  Trl_Planner p;
+  p.visualization_radius = 30;
+  p.terrain = new Trl_Terrain;
+  p.terrain->load(tk::to_drive_path(dir + "/city.map"), [](const tk::string& s) { ADD_FAILURE() << s.str(); });
+  std::ifstream again(dir + "/bs.dtx");
+  tk::point low, high;
+  ASSERT_TRUE(Trl_Tx::read_list(again, p.tx_template(), p.tx_list, low, high));
+  Trl_CoverageRaster* expected = p.coverage_of(p.tx_list[p.tx_list.last()], true, nullptr);
+  GDALDatasetUniquePtr tiff(GDALDataset::Open((dir + "/cov.tif").c_str(), GDAL_OF_RASTER));
+  ASSERT_TRUE(tiff);
+  ASSERT_EQ(tiff->GetRasterXSize(), 60);
+  ASSERT_EQ(tiff->GetRasterYSize(), 60);
+  double gt[6];
+  tiff->GetGeoTransform(gt);
+  const Trl_Grid& g = expected->grid;
+  EXPECT_DOUBLE_EQ(gt[0], g.x0 - 2.5 + sidecar.x0);
+  EXPECT_DOUBLE_EQ(gt[3], g.y1 + 2.5 + sidecar.y0);
+  EXPECT_EQ(gt[1], 5);
+  EXPECT_EQ(gt[5], -5);
+  const OGRSpatialReference utm = system(32632);
+  EXPECT_TRUE(tiff->GetSpatialRef()->IsSame(&utm));
+  for (auto [c, r] : {std::pair{3, 4}, std::pair{30, 31}, std::pair{55, 12}}) {
+    float value = 0;
+    tiff->GetRasterBand(1)->RasterIO(GF_Read, c, 59 - r, 1, 1, &value, 1, 1, GDT_Float32, 0, 0);
+    EXPECT_NE(expected->value(c, r), 0) << c << "," << r;
+    EXPECT_FLOAT_EQ(value, static_cast<float>(expected->value(c, r))) << c << "," << r;
+  }
+  expected->release();
 }

@@ -289,22 +289,26 @@ void Trl_Planner::draw_coverage() {
   const Trl_Tx* picked = pick_station_on_terrain();
   if (!picked) return;
   show_status(" Computing pathloss coverage map.");
-  Trl_Tx tx = *picked;
+  // The question comes after the set-up, which shows nothing, and before the loop.
+  const bool in_buildings = confirm("Compute pathloss in buildings?");
+  Trl_CoverageRaster* raster = coverage_of(*picked, in_buildings, [this](double fraction) {
+    show_status(tk::string(" Computing pathloss coverage map, %.2f%% done.", fraction * 100));
+  });
+  Trl_RasterDisplay::of(Trl_RasterDisplay::coverage).show_coverage(*raster, true, 0, 0, 0, 0);
+  raster->release();
+}
+
+Trl_CoverageRaster* Trl_Planner::coverage_of(const Trl_Tx& station, bool in_buildings,
+                                             const std::function<void(double)>& progress) {
+  Trl_Tx tx = station;
   const Trl_Grid& g = terrain->height_grid();
   tx.set_cell(g);
   int c0, r0, c1, r1;
   Trl_CoverageMap::square(g, tx.cell_i, tx.cell_j, visualization_radius, c0, r0, c1, r1);
   Trl_XiaBertoni xia_bertoni(terrain, frequency, max_cell_radius, height_tolerance, geometric_average, lmsd_linear,
                              lmsd_exponent, far_pathloss_constant, far_pathloss_factor, indoor_attenuation);
-  const bool in_buildings = confirm("Compute pathloss in buildings?");
-  const Trl_Rx user(tk::d3_point(0, 0, rx_height), 1, ebno_down, ebno_up, rx_noise_factor, rx_max_power,
-                    rx_min_power, rx_gain, rx_activity, rate_down, rate_up, 0);
-  Trl_CoverageMap map(*terrain, xia_bertoni, tx, user, in_buildings);
-  Trl_CoverageRaster* raster = map.compute(c0, r0, c1, r1, [this](double fraction) {
-    show_status(tk::string(" Computing pathloss coverage map, %.2f%% done.", fraction * 100));
-  });
-  Trl_RasterDisplay::of(Trl_RasterDisplay::coverage).show_coverage(*raster, true, 0, 0, 0, 0);
-  raster->release();
+  Trl_CoverageMap map(*terrain, xia_bertoni, tx, rx_template(), in_buildings);
+  return map.compute(c0, r0, c1, r1, progress ? progress : [](double) {});
 }
 
 void Trl_Planner::draw_distribution() {

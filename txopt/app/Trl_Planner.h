@@ -5,6 +5,8 @@
 // ratios), heights in m, rates in kbit/s; dialogs show dB and dBm.
 #pragma once
 
+#include <functional>
+
 #include "app/Trl_Filename.h"
 #include "network/Trl_RandomRegion.h"
 #include "network/Trl_Rx.h"
@@ -18,6 +20,7 @@ namespace tk {
 class window;
 }
 class Trl_Assignment;
+class Trl_CoverageRaster;
 class Trl_Imt2000Snapshot;
 class Trl_PathLoss;
 class Trl_RunningStats;
@@ -157,6 +160,11 @@ class Trl_Planner {
   int install_rx(const Trl_Imt2000Snapshot& users);
   void edit_tx();
   void draw_coverage();
+  // The path loss map round a base station on the terrain, with the Xia-Bertoni model of the
+  // planner's parameters over the square of visualization_radius; the caller holds the one
+  // reference. progress is told the share of the square's border done.
+  Trl_CoverageRaster* coverage_of(const Trl_Tx& station, bool in_buildings,
+                                  const std::function<void(double)>& progress);
   // Deletes the current assignment, if any.
   void drop_assignment();
   // True without a terrain, or when its height grid overlaps or touches the rectangle (m).
