@@ -5,6 +5,7 @@
 #include "app/Trl_Planner.h"
 #include "network/Trl_Tx.h"
 #include "search/Trl_Assignment.h"
+#include "search/Trl_GaSearch.h"
 #include "search/Trl_HbbWalker.h"
 #include "toolkit/error.h"
 
@@ -49,11 +50,14 @@ void Trl_SimpleSearch::run(Trl_Planner& planner) {
   planner.redraw();
   if (fixed_count == working.size())
     return end_early(planner, "All base stations are fixed. Nothing to do?", true);
-  if (planner.algorithm != 0)
-    return end_early(planner, "The genetic search algorithm (\"GA\") is not available in this build.",
-                     true);
   Trl_Assignment candidate(planner.assigner, planner.rx_objective, working);
-  const int result = for_planner(planner).hbb_search(fixed_count, candidate, 0);
+  int result = 0;
+  if (planner.algorithm == 0) {
+    result = for_planner(planner).hbb_search(fixed_count, candidate, 0);
+  } else {
+    ga_search.mutation_probability = 1 / (1.5f * working.size());
+    result = ga_search.run(candidate, working, 0);
+  }
   planner.mark_used();
   planner.redraw();
   const Trl_Assignment& best = *planner.assignment;
