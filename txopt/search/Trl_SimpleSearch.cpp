@@ -51,13 +51,7 @@ void Trl_SimpleSearch::run(Trl_Planner& planner) {
   if (fixed_count == working.size())
     return end_early(planner, "All base stations are fixed. Nothing to do?", true);
   Trl_Assignment candidate(planner.assigner, planner.rx_objective, working);
-  int result = 0;
-  if (planner.algorithm == 0) {
-    result = for_planner(planner).hbb_search(fixed_count, candidate, 0);
-  } else {
-    ga_search.mutation_probability = 1 / (1.5f * working.size());
-    result = ga_search.run(candidate, working, 0);
-  }
+  const int result = run_algorithm(planner, fixed_count, candidate, working, 0);
   planner.mark_used();
   planner.redraw();
   const Trl_Assignment& best = *planner.assignment;
@@ -68,8 +62,9 @@ void Trl_SimpleSearch::run(Trl_Planner& planner) {
 
 int Trl_SimpleSearch::run_algorithm(Trl_Planner& planner, int fixed_count, Trl_Assignment& candidate,
                                     const tk::list<Trl_Tx>& working, int try_number) {
-  (void)working;
-  return for_planner(planner).hbb_search(fixed_count, candidate, try_number);
+  if (planner.algorithm == 0) return for_planner(planner).hbb_search(fixed_count, candidate, try_number);
+  ga_search.mutation_probability = 1 / (1.5f * working.size());
+  return ga_search.run(for_planner(planner), candidate, working, try_number);
 }
 
 int Trl_SimpleSearch::hbb_search(int fixed_count, Trl_Assignment& candidate, int try_number) {
