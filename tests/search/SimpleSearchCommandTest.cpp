@@ -12,6 +12,7 @@
 #include "network/Trl_Rx.h"
 #include "network/Trl_Tx.h"
 #include "search/Trl_Assignment.h"
+#include "search/Trl_GaSearch.h"
 #include "support/ScriptedWindows.h"
 #include "support/WindowedPlanner.h"
 #include "toolkit/window.h"
@@ -75,16 +76,40 @@ TEST(SimpleSearchCommand, RefusalsLeaveThePlanAsItWas) {
     EXPECT_EQ(p.assignment->used, 3);
     EXPECT_EQ(statuses(p), (std::vector<int>{3, 3, 3}));
   }
-  {
-    ScriptedWindows scripted("");
-    WindowedPlanner w;
-    Trl_Planner& p = w.p;
-    street(p, 3, 6);
-    p.algorithm = 1;
-    p.simple_search_command();
-    EXPECT_EQ(scripted.transcript(), std::string(all_found) +
-                                         "message: The genetic search algorithm (\"GA\") is not available in this build.\n");
-    EXPECT_EQ(p.assignment->used, 3);
+}
+
+// "GA": the genetic search runs its generations, shows the best after each, and can't claim
+// an optimum.
+TEST(SimpleSearchCommand, GeneticSearchEndsWithTheBestSoFar) {
+  ScriptedWindows scripted("");
+  WindowedPlanner w;
+  Trl_Planner& p = w.p;
+  street(p, 5, 10);
+  p.algorithm = 1;
+  const Trl_GaSearch saved = ga_search;
+  ga_search.generations = 4;
+  ga_search.population_size = 8;
+  Trl_GaSearch::fix_seed(1);
+  testing::internal::CaptureStdout();
+  p.simple_search_command();
+  testing::internal::GetCapturedStdout();
+  const float mutation = ga_search.mutation_probability;
+  ga_search = saved;
+  EXPECT_FLOAT_EQ(mutation, 1 / (1.5f * 5));
+  ASSERT_NE(p.assignment, nullptr);
+  const Trl_Assignment& best = *p.assignment;
+  const std::string t = scripted.transcript();
+  EXPECT_EQ(t.rfind(all_found, 0), 0u) << t;
+  EXPECT_NE(t.find(" Tx, "), std::string::npos) << t;
+  EXPECT_NE(t.find(" [W] (4 generations).\n"), std::string::npos) << t;
+  EXPECT_EQ(t.find(" [W] (5 generations)."), std::string::npos) << t;
+  EXPECT_EQ(t.find("Optimum found"), std::string::npos) << t;
+  EXPECT_NE(t.find("message: Best solution found so far: \\n\\red " + std::to_string(best.used) + " \\blue"),
+            std::string::npos)
+      << t;
+  for (int r = 0; r < best.rx_count; ++r) {
+    ASSERT_GE(best.serving[r], 0);
+    EXPECT_LT(best.serving[r], best.used);
   }
 }
 
@@ -170,6 +195,45 @@ TEST(SimpleSearchCommand, StopThroughTheWindowEndsWithTheBestSoFar) {
     EXPECT_LT(best.serving[r], best.used);
     EXPECT_GT(best.rx_uplink[r], 0);
   }
+  delete p.window;
+  p.window = nullptr;
+  delete p.assignment;
+  p.assignment = nullptr;
+  p.tx_list.clear();
+  p.rx_list.clear();
+}
+
+TEST(SimpleSearchCommand, GeneticSearchStopsBetweenGenerations) {
+  ScriptedWindows scripted("stop after 2\nmenu Search\nyes\n");
+  Trl_Planner& p = planner;
+  p.create_window();
+  p.window->button("Search", search_command);
+  p.window->make_menu_bar(2);
+  p.window->display();
+  p.window->init(-100, 2000, -500);
+  street(p, 6, 12);
+  p.algorithm = 1;
+  Trl_GaSearch::fix_seed(1);
+  tk::window* from = nullptr;
+  int value = 0;
+  double x = 0, y = 0;
+  testing::internal::CaptureStdout();
+  tk::read_event(from, value, x, y);
+  const std::string out = testing::internal::GetCapturedStdout();
+  const std::string t = scripted.transcript();
+  // The first poll comes before the first generation, the second after it; one question.
+  EXPECT_EQ(t.find("confirm:"), t.rfind("confirm:")) << t;
+  EXPECT_EQ(out.rfind("power sum: ", 0), 0u) << "the first generation improved on the full set";
+  EXPECT_NE(t.find("confirm: Do you want to stop the search? -> yes\nmessage: Best solution found so far: "),
+            std::string::npos)
+      << t;
+  ASSERT_NE(p.assignment, nullptr);
+  const Trl_Assignment& best = *p.assignment;
+  for (int r = 0; r < best.rx_count; ++r) {
+    ASSERT_GE(best.serving[r], 0);
+    EXPECT_LT(best.serving[r], best.used);
+  }
+  p.algorithm = 0;
   delete p.window;
   p.window = nullptr;
   delete p.assignment;

@@ -1,9 +1,8 @@
 #include "app/Trl_Main.h"
 
-#include <ga/garandom.h>
-
 #include "app/Trl_MenuTree.h"
 #include "app/Trl_Planner.h"
+#include "search/Trl_GaSearch.h"
 #include "toolkit/random_source.h"
 #include "toolkit/window.h"
 
@@ -22,8 +21,7 @@ int run_planner_main() {
 
 void fix_planner_seed(long seed) {
   tk::random_source::fix_seed(seed);
-  // The library reads a seed of 0 as "from the clock", so 0 is handed on as 1.
-  GARandomSeed(seed == 0 ? 1u : static_cast<unsigned int>(seed));
+  Trl_GaSearch::fix_seed(seed);
   // The global planner's regions seeded themselves from the clock before main() ran.
   planner.rx_region.x_source = tk::random_source();
   planner.rx_region.y_source = tk::random_source();

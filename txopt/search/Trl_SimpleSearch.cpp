@@ -5,6 +5,7 @@
 #include "app/Trl_Planner.h"
 #include "network/Trl_Tx.h"
 #include "search/Trl_Assignment.h"
+#include "search/Trl_GaSearch.h"
 #include "search/Trl_HbbWalker.h"
 #include "toolkit/error.h"
 
@@ -49,11 +50,8 @@ void Trl_SimpleSearch::run(Trl_Planner& planner) {
   planner.redraw();
   if (fixed_count == working.size())
     return end_early(planner, "All base stations are fixed. Nothing to do?", true);
-  if (planner.algorithm != 0)
-    return end_early(planner, "The genetic search algorithm (\"GA\") is not available in this build.",
-                     true);
   Trl_Assignment candidate(planner.assigner, planner.rx_objective, working);
-  const int result = for_planner(planner).hbb_search(fixed_count, candidate, 0);
+  const int result = run_algorithm(planner, fixed_count, candidate, working, 0);
   planner.mark_used();
   planner.redraw();
   const Trl_Assignment& best = *planner.assignment;
@@ -64,8 +62,9 @@ void Trl_SimpleSearch::run(Trl_Planner& planner) {
 
 int Trl_SimpleSearch::run_algorithm(Trl_Planner& planner, int fixed_count, Trl_Assignment& candidate,
                                     const tk::list<Trl_Tx>& working, int try_number) {
-  (void)working;
-  return for_planner(planner).hbb_search(fixed_count, candidate, try_number);
+  if (planner.algorithm == 0) return for_planner(planner).hbb_search(fixed_count, candidate, try_number);
+  ga_search.mutation_probability = 1 / (1.5f * working.size());
+  return ga_search.run(for_planner(planner), candidate, working, try_number);
 }
 
 int Trl_SimpleSearch::hbb_search(int fixed_count, Trl_Assignment& candidate, int try_number) {
