@@ -171,10 +171,6 @@ bool Trl_Planner::pick_point(const tk::string& text, tk::point& p) {
 
 tk::string Trl_Planner::shown_path(const tk::string& path) { return path.replace_all("\\", "/"); }
 
-void Trl_Planner::not_available(const char* command) {
-  message(tk::string("\"%s\" is not available in this build.", command));
-}
-
 bool stop_requested() {
   if (!planner.window) return false;
   tk::point p;

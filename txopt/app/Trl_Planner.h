@@ -189,8 +189,6 @@ class Trl_Planner {
   void simple_search_command();
   void best_set_search_command();
 
-  // The message of a command that this build does not hold yet.
-  void not_available(const char* command);
   // The shown form of a path: every backslash turned into a forward slash.
   static tk::string shown_path(const tk::string& path);
 };
