@@ -57,7 +57,7 @@ void BM_BestSetValidationSample(benchmark::State& state) {
   }
   tk::list<int> prefix;
   for (int k = 0; k < p.tx_list.size(); ++k) prefix.append(k);
-  Trl_Assigner::parallel_terrain_fill = state.range(1) != 0;
+  Trl_Assigner::terrain_fill_threads = state.range(1) != 0 ? 2 : 1;
   std::chrono::steady_clock::duration preparing{}, whole{};
   for (auto _ : state) {
     p.generate_users();
@@ -70,7 +70,7 @@ void BM_BestSetValidationSample(benchmark::State& state) {
     preparing += prepared - start;
     whole += end - start;
   }
-  Trl_Assigner::parallel_terrain_fill = false;
+  Trl_Assigner::terrain_fill_threads = 1;
   const double n = static_cast<double>(state.iterations());
   state.counters["ms_per_sample"] = std::chrono::duration<double, std::milli>(whole).count() / n;
   state.counters["prepare_share"] =

@@ -95,14 +95,14 @@ void BM_XiaBertoniAngularFill(benchmark::State& state) {
   }
   Trl_XiaBertoni m = p.model();
   Trl_Assigner assigner;
-  Trl_Assigner::parallel_terrain_fill = state.range(0) != 0;
+  Trl_Assigner::terrain_fill_threads = state.range(0) != 0 ? 2 : 1;
   const auto start = std::chrono::steady_clock::now();
   for (auto _ : state) {
     assigner.make_tables(p.tx, p.rx, Trl_Assigner::parameters());
     assigner.fill_path_gains_in_angular_order(p.tx, p.rx, m, *p.terrain, Trl_Assigner::status_function());
     benchmark::DoNotOptimize(assigner.path_gain.row(0)[0]);
   }
-  Trl_Assigner::parallel_terrain_fill = false;
+  Trl_Assigner::terrain_fill_threads = 1;
   report(state, static_cast<double>(p.tx.size()) * p.rx.size(), std::chrono::steady_clock::now() - start);
 }
 BENCHMARK(BM_XiaBertoniAngularFill)->Arg(0)->Arg(1)->Iterations(2)->UseRealTime()->Unit(benchmark::kMillisecond);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <initializer_list>
 #include <utility>
@@ -68,6 +69,34 @@ bool CityGenerator::write_base_stations(const std::string& path, int count) {
       c = cell(random);
       r = cell(random);
     } while (built(c, r) != on_roof);
+    out << n << " " << c * size << " " << r * size << "\n";
+  }
+  return static_cast<bool>(out);
+}
+
+// Searches square rings round (column, row) for the nearest cell that is built (on_roof) or
+// open; false when the city has none.
+bool CityGenerator::nearest_of_kind(int& column, int& row, bool on_roof) const {
+  for (int ring = 0; ring < cells; ++ring)
+    for (int dr = -ring; dr <= ring; ++dr)
+      for (int dc = -ring; dc <= ring; ++dc) {
+        if (std::max(std::abs(dc), std::abs(dr)) != ring) continue;
+        const int c = column + dc, r = row + dr;
+        if (c < 0 || r < 0 || c >= cells || r >= cells || built(c, r) != on_roof) continue;
+        column = c;
+        row = r;
+        return true;
+      }
+  return false;
+}
+
+bool CityGenerator::write_base_stations_on_grid(const std::string& path, int count) const {
+  std::ofstream out(path);
+  const int side = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(count))));
+  for (int n = 0; n < count; ++n) {
+    int c = static_cast<int>((n % side + 0.5) * cells / side), r = static_cast<int>((n / side + 0.5) * cells / side);
+    // Alternately on a roof and in a street, as in the random layout.
+    if (!nearest_of_kind(c, r, n % 2 == 0)) nearest_of_kind(c, r, n % 2 != 0);
     out << n << " " << c * size << " " << r * size << "\n";
   }
   return static_cast<bool>(out);

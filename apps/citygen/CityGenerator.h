@@ -17,6 +17,10 @@ class CityGenerator {
   bool write_heights(const std::string& path) const;   // ".map"
   bool write_clutter(const std::string& path) const;   // ".urb"
   bool write_base_stations(const std::string& path, int count);  // ".dtx"
+  // The same count on a square lattice over the whole city, each moved to the nearest cell
+  // of its kind (roof or street), so that no user is far from a station: a plan in which
+  // every station can be switched on at once, however large the city.
+  bool write_base_stations_on_grid(const std::string& path, int count) const;  // ".dtx"
   bool write_users(const std::string& path, int count);          // ".drx"
   // User densities: a grid of 50 m cells and a set of districts, busier downtown, almost
   // empty over the river and the park.
@@ -34,6 +38,7 @@ class CityGenerator {
  private:
   int index(int column, int row) const { return row * cells + column; }
   bool street(int column, int row) const;
+  bool nearest_of_kind(int& column, int& row, bool on_roof) const;
   double busy(double x, double y) const;  // users per 50 m square at the busy hour
   void lay_out();
 

@@ -154,17 +154,51 @@ TEST_F(AngularFill, EqualsThePlainLoopBitForBitWithProgress) {
   EXPECT_EQ(stations.head().cell_i, 0);
   EXPECT_EQ(stations.tail().cell_j, 0);
 
-  // Two threads give the same table to the bit; the last status says all are done.
-  Trl_Assigner::parallel_terrain_fill = true;
-  Trl_Assigner b;
-  said.clear();
-  b.prepare(stations, users, Trl_Assigner::parameters(), m, terrain,
-            [&](const tk::string& s) { said.push_back(s.str()); });
-  Trl_Assigner::parallel_terrain_fill = false;
-  expect_same_bits(b, expected);
-  ASSERT_FALSE(said.empty());
-  EXPECT_EQ(said.back(), " Computing pathloss: 6 of 6 done.");
-  EXPECT_EQ(terrain->refCount, 2);  // the test's and the model's: the helper's copy is gone
+  EXPECT_EQ(terrain->refCount, 2);  // the test's and the model's
+}
+
+// The pool gives the table of one thread to the bit for 2 and 7 threads: with every user
+// near, with most beyond a short radius (no raster read), with a single base station (one
+// row for seven threads), and with fewer users than threads. The last status says all are
+// done and the class-wide reference ends where one thread leaves it.
+TEST_F(AngularFill, ThreadPoolGivesTheSameTable) {
+  struct Case {
+    double radius;
+    int stations, users;
+  };
+  const Case cases[] = {{1500, 6, 400}, {60, 6, 400}, {1500, 1, 400}, {1500, 6, 3}};
+  for (const Case& c : cases) {
+    tk::list<Trl_Tx> tx;
+    tk::list<Trl_Rx> rx;
+    for (const Trl_Tx& t : stations)
+      if (tx.size() < c.stations) tx.append(t);
+    for (const Trl_Rx& r : users)
+      if (r.number < c.users) rx.append(r);
+    Trl_XiaBertoni m(terrain, 2, c.radius, 0.95, true, 5.5225, 1.8, 32.2, 35.1, 15.8493192);
+    Trl_Assigner one;
+    one.prepare(tx, rx, Trl_Assigner::parameters(), m, terrain);
+    const int i = Trl_Rx::reference_i, j = Trl_Rx::reference_j;
+    for (int threads : {2, 7}) {
+      SCOPED_TRACE("radius " + std::to_string(c.radius) + ", " + std::to_string(c.stations) + " stations, " +
+                   std::to_string(c.users) + " users, " + std::to_string(threads) + " threads");
+      Trl_Assigner::terrain_fill_threads = threads;
+      Trl_Assigner pooled;
+      std::vector<std::string> said;
+      Trl_Rx::reference_i = Trl_Rx::reference_j = -1;
+      pooled.prepare(tx, rx, Trl_Assigner::parameters(), m, terrain,
+                     [&](const tk::string& s) { said.push_back(s.str()); });
+      Trl_Assigner::terrain_fill_threads = 1;
+      ASSERT_EQ(pooled.path_gain.columns(), c.users);
+      for (int t = 0; t < c.stations; ++t)
+        EXPECT_EQ(std::memcmp(pooled.path_gain.row(t), one.path_gain.row(t), sizeof(double) * c.users), 0);
+      ASSERT_FALSE(said.empty());
+      EXPECT_EQ(said.back(), " Computing pathloss: " + std::to_string(c.stations) + " of " +
+                                 std::to_string(c.stations) + " done.");
+      EXPECT_EQ(Trl_Rx::reference_i, i);
+      EXPECT_EQ(Trl_Rx::reference_j, j);
+    }
+  }
+  EXPECT_EQ(terrain->refCount, 1);  // the helpers' models are gone
 }
 
 TEST_F(AngularFill, AngularOrderIsTheOrderOfTheUserComparison) {

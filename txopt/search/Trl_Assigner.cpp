@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdio>
 #include <limits>
+#include <memory>
 #include <thread>
 #include <utility>
 
@@ -171,7 +172,7 @@ void Trl_Assigner::fill_path_gains(const tk::list<Trl_Tx>& tx_list,
 }
 
 bool Trl_Assigner::parallel_fill = true;
-bool Trl_Assigner::parallel_terrain_fill = false;
+int Trl_Assigner::terrain_fill_threads = 1;
 
 namespace {
 
@@ -187,6 +188,12 @@ void angular_order(int ref_i, int ref_j, const std::vector<const Trl_Rx*>& users
                    [](const std::pair<double, const Trl_Rx*>& a,
                       const std::pair<double, const Trl_Rx*>& b) { return a.first < b.first; });
 }
+
+// What one thread of the angular fill reuses from row to row.
+struct row_scratch {
+  std::vector<const Trl_Rx*> near;
+  std::vector<std::pair<double, const Trl_Rx*>> order;
+};
 
 tk::string pathloss_progress(int done, int total) {
   char text[64];
@@ -215,12 +222,20 @@ void Trl_Assigner::fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_l
     numbered = numbered && rx.number >= 0 && rx.number < rx_count;
   }
 
-  // One row: the users sorted round the base station, each gain stored in the column of
-  // the user's number.
-  auto fill_row = [&](int t, Trl_XiaBertoni& m, int ref_i, int ref_j,
-                      std::vector<std::pair<double, const Trl_Rx*>>& order) {
-    angular_order(ref_i, ref_j, users, order);
-    for (const auto& entry : order) path_gain.set(t, entry.second->number, m.gain(stations[t], *entry.second));
+  // One row: the users beyond the model's radius in list order (their gain reads no raster),
+  // the others sorted round the base station; each gain goes into the column of the user's
+  // number. The gain of a pair does not depend on the pairs before it.
+  auto fill_row = [&](int t, Trl_XiaBertoni& m, int ref_i, int ref_j, row_scratch& scratch) {
+    const Trl_Tx& tx = stations[t];
+    scratch.near.clear();
+    for (const Trl_Rx* rx : users) {
+      const double dx = tx.position.xcoord() - rx->position.xcoord();
+      const double dy = tx.position.ycoord() - rx->position.ycoord();
+      if (std::sqrt(dx * dx + dy * dy) > m.max_radius) path_gain.set(t, rx->number, m.gain(tx, *rx));
+      else scratch.near.push_back(rx);
+    }
+    angular_order(ref_i, ref_j, scratch.near, scratch.order);
+    for (const auto& entry : scratch.order) path_gain.set(t, entry.second->number, m.gain(tx, *entry.second));
   };
   std::atomic<int> done(0);
   auto report = [&]() {
@@ -228,32 +243,35 @@ void Trl_Assigner::fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_l
     if (status) status(pathloss_progress(now, tx_count));
   };
 
-  if (!parallel_terrain_fill || tx_count < 2 || !numbered) {
-    std::vector<std::pair<double, const Trl_Rx*>> order;
+  const int threads = std::max(1, std::min(terrain_fill_threads, tx_count));
+  if (threads == 1 || !numbered) {
+    row_scratch scratch;
     for (int t = 0; t < tx_count; ++t) {
       Trl_Rx::set_reference(stations[t]);
-      fill_row(t, model, Trl_Rx::reference_i, Trl_Rx::reference_j, order);
+      fill_row(t, model, Trl_Rx::reference_i, Trl_Rx::reference_j, scratch);
       report();
     }
     return;
   }
-  // Two threads on alternate rows, each with a model of its own, since a model keeps the
-  // scratch of its last call. The helper leaves the class-wide reference and the status
-  // line alone; the rows it did are counted when the main thread reports.
-  Trl_XiaBertoni second(model);
-  std::thread helper([&]() {
-    std::vector<std::pair<double, const Trl_Rx*>> order;
-    for (int t = 1; t < tx_count; t += 2) {
-      fill_row(t, second, stations[t].cell_i, stations[t].cell_j, order);
-      ++done;
+  // A pool: each thread takes the next row not yet taken, with a model of its own, since a
+  // model keeps the scratch of its last call. Only this thread reports progress; the
+  // class-wide reference is left as one thread leaves it.
+  std::atomic<int> next(0);
+  auto work = [&](Trl_XiaBertoni& m, bool reports) {
+    row_scratch scratch;
+    for (int t; (t = next++) < tx_count;) {
+      fill_row(t, m, stations[t].cell_i, stations[t].cell_j, scratch);
+      if (reports) report();
+      else ++done;
     }
-  });
-  std::vector<std::pair<double, const Trl_Rx*>> order;
-  for (int t = 0; t < tx_count; t += 2) {
-    fill_row(t, model, stations[t].cell_i, stations[t].cell_j, order);
-    report();
-  }
-  helper.join();
+  };
+  std::vector<std::unique_ptr<Trl_XiaBertoni>> models;
+  std::vector<std::thread> pool;
+  for (int k = 1; k < threads; ++k) models.emplace_back(new Trl_XiaBertoni(model));
+  for (auto& m : models) pool.emplace_back(work, std::ref(*m), false);
+  work(model, true);
+  for (std::thread& helper : pool) helper.join();
+  Trl_Rx::set_reference(stations[tx_count - 1]);
   if (status) status(pathloss_progress(tx_count, tx_count));
 }
 
@@ -372,6 +390,7 @@ bool Trl_Assigner::solve(int used, tk::vector& rx_downlink, tk::vector& rx_uplin
   interference.resize(used);
   server.resize(rx_count);
   for (int r = 0; r < rx_count; ++r) server[r] = serving[r];
+  if ((strategy == 2 || strategy == 3) && Trl_UplinkKernels::available()) wide.bind(selected_rows(used));
 
   if (!iterate(used, stats)) return false;
 
@@ -408,8 +427,20 @@ bool Trl_Assigner::iterate(int used, Trl_RunningStats* stats) {
   }
 }
 
+Trl_UplinkKernels::rows Trl_Assigner::selected_rows(int used) const {
+  return Trl_UplinkKernels::rows{gain_rows.data(), row_noise.data(), used, rx_count};
+}
+
+Trl_UplinkKernels::users Trl_Assigner::user_columns() {
+  return Trl_UplinkKernels::users{gamma_up.data(), rx_activity.data(), server.data()};
+}
+
 // Each user starts at the power it would need alone at its best row.
 void Trl_Assigner::start_from_below(int used) {
+  if (Trl_UplinkKernels::available()) {
+    Trl_UplinkKernels::least_alone(selected_rows(used), gamma_up.data(), power.data());
+    return;
+  }
   for (int r = 0; r < rx_count; ++r) {
     double least = largest;
     for (int c = 0; c < used; ++c) {
@@ -479,6 +510,10 @@ void Trl_Assigner::sweep_simultaneous(int used) {
   const int n = rx_count;
   std::copy(power.begin(), power.end(), previous.begin());
   std::fill(power.begin(), power.end(), largest);
+  if (Trl_UplinkKernels::available()) {
+    Trl_UplinkKernels::simultaneous(selected_rows(used), user_columns(), previous.data(), power.data());
+    return;
+  }
   for (int c = used - 1; c >= 0; --c) {
     const double* g = gain_rows[c];
     improve_by_row(n, weighted_sum(previous.data(), g, n), row_noise[c], c, g, previous.data(),
@@ -494,6 +529,10 @@ void Trl_Assigner::sweep_in_sequence(int used) {
   std::copy(power.begin(), power.end(), previous.begin());
   std::copy(power.begin(), power.end(), running.begin());
   std::fill(power.begin(), power.end(), largest);
+  if (Trl_UplinkKernels::available()) {
+    wide.in_sequence(selected_rows(used), user_columns(), running.data(), power.data());
+    return;
+  }
   for (int c = 0; c < used; ++c) interference[c] = weighted_sum(running.data(), gain_rows[c], n);
   const double* const* G = gain_rows.data();
   double* I = interference.data();

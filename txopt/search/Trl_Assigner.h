@@ -8,6 +8,7 @@
 #include <functional>
 #include <vector>
 
+#include "search/Trl_UplinkKernels.h"
 #include "toolkit/array.h"
 #include "toolkit/list.h"
 #include "toolkit/string.h"
@@ -107,9 +108,9 @@ class Trl_Assigner {
 
   // Lets the simple model fill the gain table from two threads (the result is the same).
   static bool parallel_fill;
-  // Lets the angular-order fill run on two threads, each with its own model (the result is
-  // the same to the bit). Off by default.
-  static bool parallel_terrain_fill;
+  // Threads of the angular-order fill, each with its own model, taking base stations one
+  // after the other (the table is the same to the bit for any count). 1 by default.
+  static int terrain_fill_threads;
 
   void set_strategy(int s) { strategy = s; }
 
@@ -140,6 +141,8 @@ class Trl_Assigner {
   bool over_limit() const;
   double worst_change() const;
   bool solve_downlink(int used, tk::vector& rx_downlink, tk::vector& tx_downlink);
+  Trl_UplinkKernels::rows selected_rows(int used) const;
+  Trl_UplinkKernels::users user_columns();
 
   // Work space of one solve, sized once per call. Row c of the subset is the c-th selected
   // position: its gains and shares are read in place through these row pointers.
@@ -152,6 +155,7 @@ class Trl_Assigner {
   std::vector<double> running;    // rx: the running vector of the in-sequence sweep
   std::vector<double> interference;  // per row: I[c]
   std::vector<double> server;     // rx: noted server row, kept as a double for the vector blend
+  Trl_UplinkKernels wide;         // the sweeps four doubles at a time, where the processor can
   // Downlink step: the rows that serve somebody and their linear system, b in its last
   // column. Kept between calls so that a search allocates nothing per candidate.
   std::vector<int> position_of;   // per row: position in the system, -1 when serving nobody
