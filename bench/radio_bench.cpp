@@ -14,6 +14,7 @@
 #include "search/Trl_Assigner.h"
 #include "search/Trl_Assignment.h"
 #include "search/Trl_RunningStats.h"
+#include "search/Trl_UplinkKernels.h"
 #include "reference_solver.h"
 
 namespace {
@@ -105,9 +106,11 @@ BENCHMARK(BM_PrepareReference)->Unit(benchmark::kMillisecond);
 // Sweeps of the last solve, from the running statistics.
 double sweeps_of(const Trl_RunningStats& stats) { return stats.count > 0 ? stats.sum / stats.count : 0; }
 
+// Argument 3 is 0 for the plain loops of the solver (the wide ones switched off).
 void BM_Solve(benchmark::State& state) {
   const int strategy = static_cast<int>(state.range(0));
   const int users = static_cast<int>(state.range(1));
+  Trl_UplinkKernels::enabled = state.range(2) != 0;
   City city(40, users);
   Trl_Motorola model(32.2, 35.1);
   Trl_Assigner assigner;
@@ -122,6 +125,7 @@ void BM_Solve(benchmark::State& state) {
     ok = a.solve(false, &stats);
     benchmark::DoNotOptimize(a.rx_uplink[0]);
   }
+  Trl_UplinkKernels::enabled = true;
   const double sweeps = ok ? sweeps_of(stats) : assigner.max_iterations;
   state.counters["sweeps"] = sweeps;
   state.counters["ns_per_user_row_sweep"] = benchmark::Counter(
@@ -129,7 +133,9 @@ void BM_Solve(benchmark::State& state) {
       benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
   if (!ok) state.SkipWithError("no solution");
 }
-BENCHMARK(BM_Solve)->Args({0, 10000})->Args({2, 10000})->Args({0, 500})->Args({2, 500})->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Solve)
+    ->Args({0, 10000, 1})->Args({0, 10000, 0})->Args({2, 10000, 1})->Args({2, 10000, 0})
+    ->Args({0, 500, 1})->Args({2, 500, 1})->Unit(benchmark::kMillisecond);
 
 void BM_SolveReference(benchmark::State& state) {
   const int strategy = static_cast<int>(state.range(0));
