@@ -159,8 +159,8 @@ TEST_F(AngularFill, EqualsThePlainLoopBitForBitWithProgress) {
 
 // The pool gives the table of one thread to the bit for 2 and 7 threads: with every user
 // near, with most beyond a short radius (no raster read), with a single base station (one
-// row for seven threads), and with fewer users than threads. The last status says all are
-// done and the class-wide reference ends where one thread leaves it.
+// row for seven threads), and with fewer users than threads. The status line counts 1 to N in
+// turn, and the class-wide reference ends where one thread leaves it.
 TEST_F(AngularFill, ThreadPoolGivesTheSameTable) {
   struct Case {
     double radius;
@@ -191,9 +191,10 @@ TEST_F(AngularFill, ThreadPoolGivesTheSameTable) {
       ASSERT_EQ(pooled.path_gain.columns(), c.users);
       for (int t = 0; t < c.stations; ++t)
         EXPECT_EQ(std::memcmp(pooled.path_gain.row(t), one.path_gain.row(t), sizeof(double) * c.users), 0);
-      ASSERT_FALSE(said.empty());
-      EXPECT_EQ(said.back(), " Computing pathloss: " + std::to_string(c.stations) + " of " +
-                                 std::to_string(c.stations) + " done.");
+      ASSERT_EQ(said.size(), static_cast<size_t>(c.stations));
+      for (int k = 0; k < c.stations; ++k)
+        EXPECT_EQ(said[k], " Computing pathloss: " + std::to_string(k + 1) + " of " + std::to_string(c.stations) +
+                               " done.");
       EXPECT_EQ(Trl_Rx::reference_i, i);
       EXPECT_EQ(Trl_Rx::reference_j, j);
     }

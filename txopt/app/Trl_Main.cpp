@@ -1,12 +1,19 @@
 #include "app/Trl_Main.h"
 
+#include <algorithm>
+#include <thread>
+
 #include "app/Trl_MenuTree.h"
 #include "app/Trl_Planner.h"
+#include "search/Trl_Assigner.h"
 #include "search/Trl_GaSearch.h"
 #include "toolkit/random_source.h"
 #include "toolkit/window.h"
 
 int run_planner_main() {
+  // The urban gain table on every core: the table and the progress texts are those of one
+  // thread (see docs/performance.md).
+  Trl_Assigner::terrain_fill_threads = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
   tk::window* main_window = planner.create_window();
   build_menu(*main_window);
   for (;;) {

@@ -254,15 +254,21 @@ void Trl_Assigner::fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_l
     return;
   }
   // A pool: each thread takes the next row not yet taken, with a model of its own, since a
-  // model keeps the scratch of its last call. Only this thread reports progress; the
-  // class-wide reference is left as one thread leaves it.
+  // model keeps the scratch of its last call. Only this thread shows progress, every count
+  // from 1 to tx_count in turn as one thread would; the class-wide reference is left as one
+  // thread leaves it.
   std::atomic<int> next(0);
-  auto work = [&](Trl_XiaBertoni& m, bool reports) {
+  int shown = 0;
+  auto show_up_to = [&](int count) {
+    for (; shown < count; ++shown)
+      if (status) status(pathloss_progress(shown + 1, tx_count));
+  };
+  auto work = [&](Trl_XiaBertoni& m, bool shows) {
     row_scratch scratch;
     for (int t; (t = next++) < tx_count;) {
       fill_row(t, m, stations[t].cell_i, stations[t].cell_j, scratch);
-      if (reports) report();
-      else ++done;
+      const int now = ++done;
+      if (shows) show_up_to(now);
     }
   };
   std::vector<std::unique_ptr<Trl_XiaBertoni>> models;
@@ -272,7 +278,7 @@ void Trl_Assigner::fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_l
   work(model, true);
   for (std::thread& helper : pool) helper.join();
   Trl_Rx::set_reference(stations[tx_count - 1]);
-  if (status) status(pathloss_progress(tx_count, tx_count));
+  show_up_to(tx_count);
 }
 
 // The simple model row by row on columns of the users' coordinates. Users whose numbers

@@ -109,7 +109,8 @@ class Trl_Assigner {
   // Lets the simple model fill the gain table from two threads (the result is the same).
   static bool parallel_fill;
   // Threads of the angular-order fill, each with its own model, taking base stations one
-  // after the other (the table is the same to the bit for any count). 1 by default.
+  // after the other (the table and the progress texts are the same for any count). 1 by
+  // default; the program sets the machine's count.
   static int terrain_fill_threads;
 
   void set_strategy(int s) { strategy = s; }
