@@ -69,7 +69,8 @@ void make_dem(const std::string& path, bool with_system) {
   }
   std::vector<float> row(200);
   for (int c = 0; c < 200; ++c) row[c] = static_cast<float>(ground_at(lon0 + (c + 0.5) * step));
-  for (int r = 0; r < 200; ++r) d->GetRasterBand(1)->RasterIO(GF_Write, 0, r, 200, 1, row.data(), 200, 1, GDT_Float32, 0, 0);
+  for (int r = 0; r < 200; ++r)
+    ASSERT_EQ(d->GetRasterBand(1)->RasterIO(GF_Write, 0, r, 200, 1, row.data(), 200, 1, GDT_Float32, 0, 0), CE_None);
 }
 
 // Rectangles in UTM 32N with a height each, as a GeoJSON layer in that system.
@@ -92,7 +93,7 @@ void make_footprints(const std::string& path, const std::vector<std::array<doubl
     OGRFeature* f = OGRFeature::CreateFeature(layer->GetLayerDefn());
     f->SetField("height", b[4]);
     f->SetGeometry(&polygon);
-    layer->CreateFeature(f);
+    EXPECT_EQ(layer->CreateFeature(f), OGRERR_NONE);
     OGRFeature::DestroyFeature(f);
   }
 }
@@ -168,7 +169,9 @@ TEST_F(GeoImport, TerrainLandsOnItsCellsAndComesBackThroughTheSidecar) {
       const bool inside = c >= 10 && c < 15 && r >= 20 && r < 25;
       EXPECT_EQ(!terrain.is_open(c, r), inside) << c << "," << r;
       built += !terrain.is_open(c, r);
-      if (inside) EXPECT_NEAR(terrain.height(c, r) - terrain.height(c, 19), 20, 1) << c << "," << r;
+      if (inside) {
+        EXPECT_NEAR(terrain.height(c, r) - terrain.height(c, 19), 20, 1) << c << "," << r;
+      }
     }
   EXPECT_EQ(built, 25);
 }
@@ -292,7 +295,7 @@ TEST_F(GeoImport, SitesGoIntoThePlanAndThePlanComesBackAsGeoJson) {
   EXPECT_TRUE(tiff->GetSpatialRef()->IsSame(&utm));
   for (auto [c, r] : {std::pair{3, 4}, std::pair{30, 31}, std::pair{55, 12}}) {
     float value = 0;
-    tiff->GetRasterBand(1)->RasterIO(GF_Read, c, 59 - r, 1, 1, &value, 1, 1, GDT_Float32, 0, 0);
+    ASSERT_EQ(tiff->GetRasterBand(1)->RasterIO(GF_Read, c, 59 - r, 1, 1, &value, 1, 1, GDT_Float32, 0, 0), CE_None);
     EXPECT_NE(expected->value(c, r), 0) << c << "," << r;
     EXPECT_FLOAT_EQ(value, static_cast<float>(expected->value(c, r))) << c << "," << r;
   }
