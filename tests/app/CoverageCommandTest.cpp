@@ -2,11 +2,7 @@
 // batch program, and every cell its pointer reads (height, building bit, path loss) is
 // worked out here from the rasters and the model on the first line that reaches the cell.
 #include <gtest/gtest.h>
-#include "support/TestFolder.h"
 
-#include <cairo.h>
-
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -16,39 +12,15 @@
 #include "app/Trl_Planner.h"
 #include "propagation/Trl_XiaBertoni.h"
 #include "raster/Trl_Terrain.h"
+#include "support/BatchCity.h"
 #include "support/CoverageByLines.h"
+#include "support/Png.h"
 #include "support/ScenarioCity.h"
 #include "toolkit/string.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-const std::string scenario = std::string(CELVANE_SOURCE_DIR) + "/tests/scenarios/coverage.script";
-
-std::string play(const fs::path& dir) {
-  fs::remove_all(dir);
-  fs::create_directories(dir);
-  fs::copy(scenario_city_folder(), dir / "data");
-  const std::string command = "cd " + dir.string() + " && " + CELVANE_BINARY_DIR +
-                              "/apps/celvane-batch --seed 1 --transcript transcript.txt " + scenario + " > /dev/null 2>&1";
-  EXPECT_EQ(std::system(command.c_str()), 0);
-  std::ifstream in(dir / "transcript.txt");
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-std::set<unsigned> colours_of(const fs::path& file) {
-  std::set<unsigned> colours;
-  cairo_surface_t* s = cairo_image_surface_create_from_png(file.string().c_str());
-  if (cairo_surface_status(s) == CAIRO_STATUS_SUCCESS) {
-    const unsigned char* data = cairo_image_surface_get_data(s);
-    for (int y = 0; y < cairo_image_surface_get_height(s); ++y)
-      for (int x = 0; x < cairo_image_surface_get_width(s); ++x)
-        colours.insert(reinterpret_cast<const unsigned*>(data + y * cairo_image_surface_get_stride(s))[x] & 0xffffff);
-  }
-  cairo_surface_destroy(s);
-  return colours;
-}
 
 // The script's city with the planner's defaults: the base station picked at (100, 125) is
 // the one at (105, 130); with a radius beyond the terrain the square is the whole grid.
@@ -81,8 +53,9 @@ class CoverageCommand : public testing::Test {
 };
 
 TEST_F(CoverageCommand, ThePointerReadsTheHeightTheBuildingBitAndTheLossOfTheCell) {
-  const fs::path dir = test_folder("celvane_coverage_command");
-  std::istringstream transcript(play(dir));
+  const fs::path dir = city_folder("celvane_coverage_command");
+  EXPECT_EQ(play_batch(dir, std::string(CELVANE_SOURCE_DIR) + "/tests/scenarios/coverage.script"), 0);
+  std::istringstream transcript(read_file(dir / "transcript.txt"));
   std::string line, text;
   int checked = 0;
   while (std::getline(transcript, line)) {
@@ -98,7 +71,7 @@ TEST_F(CoverageCommand, ThePointerReadsTheHeightTheBuildingBitAndTheLossOfTheCel
   }
   EXPECT_EQ(checked, 12);
   // The legend's classes in the picture: unreached cells, several loss classes, the text.
-  EXPECT_GE(colours_of(dir / "coverage.png").size(), 8u);
+  EXPECT_GE(read_png(dir / "coverage.png").colours().size(), 8u);
   fs::remove_all(dir);
 }
 

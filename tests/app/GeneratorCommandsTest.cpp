@@ -90,6 +90,7 @@ TEST(GeneratorCommands, PickerMovesRenumbersAndDropsTheAssignmentOnAStatusChange
     const char* script;
     std::vector<int> order;  // file positions in list order afterwards
     bool assignment_kept;
+    bool first_marked_used = false;  // station 0 marked by a search before the picker
   };
   const Case cases[] = {
       {"click 0 0 right\n", {0, 1, 2, 3, 4, 5}, true},
@@ -99,6 +100,8 @@ TEST(GeneratorCommands, PickerMovesRenumbersAndDropsTheAssignmentOnAStatusChange
        "click 181 262\nset Status = usable\nset Height [m] = 35\npress Ok\nclick 0 0 middle\n",
        {1, 0, 2, 3, 5, 4}, false},
       {"click 181 262\npress Cancel\nclick 0 0 right\n", {0, 1, 2, 3, 4, 5}, true},
+      // A status marked by a search turns usable at "Ok" and counts as a change.
+      {"click 100 20\nset Height [m] = 35\npress Ok\nclick 0 0 right\n", {0, 1, 2, 3, 4, 5}, false, true},
   };
   for (const Case& c : cases) {
     ScriptedWindows scripted(c.script);
@@ -108,25 +111,13 @@ TEST(GeneratorCommands, PickerMovesRenumbersAndDropsTheAssignmentOnAStatusChange
     tk::list<Trl_Tx> working;
     int fixed = 0;
     ASSERT_TRUE(p.compute_all(working, fixed, nullptr));
+    if (c.first_marked_used) p.tx_list[p.tx_list.first()].status = Trl_Tx::used;
     const std::vector<std::string> before = labels_in_order(p);
     p.edit_tx();
     std::vector<std::string> expected;
     for (int k : c.order) expected.push_back(before[k]);
     EXPECT_EQ(labels_in_order(p), expected) << c.script;
     EXPECT_EQ(p.assignment != nullptr, c.assignment_kept) << c.script;
+    if (c.first_marked_used) { EXPECT_EQ(p.tx_list[p.tx_list.first()].status, Trl_Tx::usable); }
   }
-}
-
-TEST(GeneratorCommands, AStatusMarkedBySearchTurnsUsableAtOkAndCountsAsAChange) {
-  ScriptedWindows scripted("click 100 20\nset Height [m] = 35\npress Ok\nclick 0 0 right\n");
-  WindowedPlanner w;
-  Trl_Planner& p = w.p;
-  load_scenario_city(p);
-  tk::list<Trl_Tx> working;
-  int fixed = 0;
-  ASSERT_TRUE(p.compute_all(working, fixed, nullptr));
-  p.tx_list[p.tx_list.first()].status = Trl_Tx::used;
-  p.edit_tx();
-  EXPECT_EQ(p.tx_list[p.tx_list.first()].status, Trl_Tx::usable);
-  EXPECT_EQ(p.assignment, nullptr);
 }

@@ -25,12 +25,6 @@ std::string answer(Dialog dialog, const std::string& label, const std::string& v
   return scripted.transcript();
 }
 
-int count(const std::string& text, const std::string& what) {
-  int n = 0;
-  for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
-  return n;
-}
-
 }  // namespace
 
 TEST(ParameterDialogs, EachTestDrawsItsLineWhereItMust) {
@@ -77,10 +71,10 @@ TEST(ParameterDialogs, EachTestDrawsItsLineWhereItMust) {
     const std::string t = answer(c.dialog, c.label, c.value, c.refusal != nullptr);
     const std::string what = std::string(c.label) + " = " + c.value;
     if (c.refusal) {
-      EXPECT_EQ(count(t, "message: "), 1) << what << "\n" << t;
+      EXPECT_EQ(occurrences(t, "message: "), 1) << what << "\n" << t;
       EXPECT_NE(t.find(std::string("message: ") + c.refusal + "\n"), std::string::npos) << what << "\n" << t;
     } else {
-      EXPECT_EQ(count(t, "message: "), 0) << what << "\n" << t;
+      EXPECT_EQ(occurrences(t, "message: "), 0) << what << "\n" << t;
     }
   }
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <sstream>
+#include <vector>
 
 #include "app/Trl_Planner.h"
 #include "network/Trl_RxGridDistribution.h"
@@ -43,6 +44,13 @@ struct PlanWindow {
 Trl_Tx station(double x, double y) { return Trl_Tx(tk::d3_point(x, y, 30), "", 0, 20, 2, 1, 7.94, 3.16, 0.4, 0); }
 Trl_Rx user(double x, double y, int number) {
   return Trl_Rx(tk::d3_point(x, y, 1.5), number, 10, 3.55, 7.94, 0.125, 1e-8, 0.5, 0.66, 12.2, 12.2, 0);
+}
+
+// A line drawn from the user's pixel to its server's pixel.
+void expect_line(const tk::drawing_op& op, const tk::window& w, const Trl_Rx& rx, const Trl_Tx& tx) {
+  EXPECT_EQ(op.xy, (std::vector<int>{w.x_to_pixel(rx.position.xcoord()), w.y_to_pixel(rx.position.ycoord()),
+                                     w.x_to_pixel(tx.position.xcoord()), w.y_to_pixel(tx.position.ycoord())}))
+      << "user " << rx.number;
 }
 
 TEST(PlanView, FitsTheBoxOfEachKindOfData) {
@@ -138,11 +146,7 @@ TEST(PlanView, EveryUserHasOneLineToItsServerAndStationsShowTheirStatus) {
       const Trl_Rx& rx = p.rx_list[p.rx_list.get_item(k)];
       int server = p.assignment->rows[p.assignment->serving[k]];
       EXPECT_EQ(rx.index, server);
-      const Trl_Tx& tx = p.tx_list[p.tx_list.get_item(server)];
-      EXPECT_EQ(op.xy[0], p.window->x_to_pixel(rx.position.xcoord()));
-      EXPECT_EQ(op.xy[1], p.window->y_to_pixel(rx.position.ycoord()));
-      EXPECT_EQ(op.xy[2], p.window->x_to_pixel(tx.position.xcoord()));
-      EXPECT_EQ(op.xy[3], p.window->y_to_pixel(tx.position.ycoord()));
+      expect_line(op, *p.window, rx, p.tx_list[p.tx_list.get_item(server)]);
     }
     if (op.kind == tk::drawing_op::disc) {
       int expected = nodes == 2 ? tk::red : tk::green;  // the fixed one is red, usable ones green
@@ -191,10 +195,7 @@ TEST(PlanView, AfterTheSearchUsersPointToTheirServersAndStationsShowTheirMarks) 
       const int server = best.rows[best.serving[rx.number]];
       const Trl_Tx& tx = p.tx_list[p.tx_list.get_item(server)];
       EXPECT_EQ(tx.number, server);
-      EXPECT_EQ(op.xy[0], p.window->x_to_pixel(rx.position.xcoord())) << k;
-      EXPECT_EQ(op.xy[1], p.window->y_to_pixel(rx.position.ycoord())) << k;
-      EXPECT_EQ(op.xy[2], p.window->x_to_pixel(tx.position.xcoord())) << k;
-      EXPECT_EQ(op.xy[3], p.window->y_to_pixel(tx.position.ycoord())) << k;
+      expect_line(op, *p.window, rx, tx);
       ++lines_of_user[k++];
     }
     if (op.kind == tk::drawing_op::pixel) ++users_drawn;

@@ -87,19 +87,12 @@ TEST_F(InPlanFolder, SplittingNamesAndBadPaths) {
   EXPECT_EQ(folder.full_path(), here + "\\");
 }
 
-TEST_F(InPlanFolder, DialogOffersTheFilesOfItsKindAndTakesAName) {
+TEST_F(InPlanFolder, DialogTakesTheOfferedName) {
   ScriptedWindows scripted("press Load\n");
   Trl_Filename f(here(0, 1), here(2, here.length() - 1), "bs", ".dtx");
   tk::string result;
   ASSERT_TRUE(f.dialog("Load", "Base station", nullptr, result));
-  EXPECT_EQ(result, here + "\\bs.dtx");
-  std::string t = scripted.transcript();
-  EXPECT_NE(t.find("panel: Load Base station\n  | Load Base station ... \\n\n"
-                   "  | --------------------------------------------\\n\n"
-                   "  Drive: [C:]\n"),
-            std::string::npos)
-      << t;
-  EXPECT_NE(t.find("  File name: [bs.dtx]\n  buttons: Up | Load | Cancel\n  press: Load\n"), std::string::npos) << t;
+  EXPECT_EQ(result, here + "\\bs.dtx");  // the panel's text is pinned by the file_dialog scenario
 }
 
 TEST_F(InPlanFolder, DialogRefusesABadNameAndCanBeCancelled) {

@@ -97,23 +97,19 @@ TEST(MenuTree, WrappersRepaintOnlyAfterCommandsThatChangeThePlan) {
     const tk::script_painter* painter = scripted.scripted().drawing_of(*w);
     return painter ? painter->operations().size() : 0;
   };
-  tk::window* from = nullptr;
-  int value = 0;
-  double x = 0, y = 0;
-
   size_t before = drawn();
-  tk::read_event(from, value, x, y);  // a cancelled load still fits and repaints
+  next_event();  // a cancelled load still fits and repaints
   EXPECT_GT(drawn(), before);
   EXPECT_TRUE(w->panel_enabled());
 
   before = drawn();
-  tk::read_event(from, value, x, y);  // plain: the test for an assignment, no repaint
+  next_event();  // plain: the test for an assignment, no repaint
   EXPECT_EQ(drawn(), before);
-  tk::read_event(from, value, x, y);  // message shape
+  next_event();  // message shape
   EXPECT_EQ(drawn(), before);
   EXPECT_TRUE(w->panel_enabled());
   EXPECT_FALSE(exit_flag);
-  tk::read_event(from, value, x, y);
+  next_event();
   EXPECT_TRUE(exit_flag);  // "Exit" only raises the flag
 
   EXPECT_EQ(scripted.transcript().substr(scripted.transcript().find("  press: Cancel\n")),

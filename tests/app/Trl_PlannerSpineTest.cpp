@@ -6,6 +6,7 @@
 #include "app/Trl_Main.h"
 #include "app/Trl_Planner.h"
 #include "support/ScriptedWindows.h"
+#include "support/WindowedPlanner.h"
 #include "toolkit/random_source.h"
 #include "toolkit/window.h"
 
@@ -52,12 +53,8 @@ TEST(PlannerWithoutWindow, AsksNothingAndShowsNothing) {
 
 TEST(PlannerWithWindow, BracketStatusAndPick) {
   ScriptedWindows scripted("click 50 50 left\nclick 10 10 right\n");
-  Trl_Planner p;
-  p.create_window();
-  p.window->button("Exit", 0);
-  p.window->make_menu_bar(2);
-  p.window->display();
-  p.window->init(0, 100, 0);
+  WindowedPlanner w(0, 100, 0);
+  Trl_Planner& p = w.p;
   p.begin_command();
   EXPECT_FALSE(p.window->panel_enabled());
   p.show_status(" Reading base station file C:/plan/bs.dtx");
@@ -77,21 +74,6 @@ TEST(PlannerWithWindow, BracketStatusAndPick) {
             "status:  Reading base station file C:/plan/bs.dtx\n"
             "status:  Select base station! (Right button to BREAK)\nclick: 50 50 left\n"
             "status:  Select base station! (Right button to BREAK)\nclick: 10 10 right\n");
-  delete p.window;
-  p.window = nullptr;
-}
-
-TEST(PlannerView, AnEmptyPlanIsAHundredUnitsWide) {
-  ScriptedWindows scripted("");
-  Trl_Planner p;
-  p.create_window();
-  p.window->display();
-  p.fit_view();
-  EXPECT_EQ(p.window->xmin(), 0.0);
-  EXPECT_EQ(p.window->xmax(), 100.0);
-  EXPECT_EQ(p.window->ymin(), 0.0);
-  delete p.window;
-  p.window = nullptr;
 }
 
 std::vector<bool> stop_answers;
@@ -102,18 +84,10 @@ void poll_three_times() {
 TEST(StopRequested, AsksOnlyWhenAClickWaitsInTheMainWindow) {
   EXPECT_FALSE(stop_requested());  // no window: nobody can ask
   ScriptedWindows scripted("stop after 2\nmenu Search\nyes\n");
-  planner.create_window();
-  planner.window->button("Search", poll_three_times);
-  planner.window->make_menu_bar(2);
-  planner.window->display();
-  tk::window* from = nullptr;
-  int value = 0;
-  double x = 0, y = 0;
-  tk::read_event(from, value, x, y);
+  CommandOnBar bar("Search", poll_three_times);
+  bar.run();
   EXPECT_EQ(stop_answers, (std::vector<bool>{false, true, false}));
   EXPECT_EQ(scripted.transcript(), "menu: Search\nconfirm: Do you want to stop the search? -> yes\n");
-  delete planner.window;
-  planner.window = nullptr;
 }
 
 TEST(FixPlannerSeed, RenewsTheSourcesOfTheRegionsBuiltBeforeTheSeed) {

@@ -23,15 +23,27 @@ std::vector<std::string> labels(const tk::list<Trl_Tx>& list) {
   return out;
 }
 
-std::vector<int> statuses(const tk::list<Trl_Tx>& list) {
+// The statuses or the numbers of a list, in list order.
+std::vector<int> each(const tk::list<Trl_Tx>& list, int Trl_Tx::*field) {
   std::vector<int> out;
-  for (const Trl_Tx& tx : list) out.push_back(tx.status);
+  for (const Trl_Tx& tx : list) out.push_back(tx.*field);
   return out;
 }
+std::vector<int> statuses(const tk::list<Trl_Tx>& list) { return each(list, &Trl_Tx::status); }
+std::vector<int> numbers(const tk::list<Trl_Tx>& list) { return each(list, &Trl_Tx::number); }
 
-std::vector<int> numbers(const tk::list<Trl_Tx>& list) {
+// Numbers first, first + step, ... in list order.
+void number(tk::list<Trl_Tx>& list, int first = 0, int step = 1) {
+  for (Trl_Tx& tx : list) {
+    tx.number = first;
+    first += step;
+  }
+}
+
+// 0, 1, ..., n - 1.
+std::vector<int> positions(int n) {
   std::vector<int> out;
-  for (const Trl_Tx& tx : list) out.push_back(tx.number);
+  for (int i = 0; i < n; ++i) out.push_back(i);
   return out;
 }
 
@@ -63,8 +75,7 @@ TEST(WorkingOrder, FixedFirstInReverseListOrderFreeAfterExcludedLeftOut) {
   Trl_Planner p;
   const int status[] = {0, 3, 1, 4, 3, 2, 0};
   for (int i = 0; i < 7; ++i) p.tx_list.append(station(name(i), 100 * i, 50, status[i]));
-  int n = 0;
-  for (Trl_Tx& tx : p.tx_list) tx.number = 10 + n++;  // numbers stay without a terrain
+  number(p.tx_list, 10);  // numbers stay without a terrain
   tk::list<Trl_Tx> working;
   working.append(station("stale", 0, 0));
   EXPECT_EQ(p.working_list(working), 2);
@@ -77,19 +88,16 @@ TEST(WorkingOrder, FixedFirstInReverseListOrderFreeAfterExcludedLeftOut) {
 
 TEST(WorkingOrder, WithoutTerrainNothingMovesEvenForManyStations) {
   Trl_Planner p;
+  std::vector<std::string> given;
   for (int i = 0; i < 1000; ++i) {
     p.tx_list.append(station(name(i), (i * 7919) % 1000, (i * 104729) % 1000));
+    given.push_back(name(i));
   }
-  int k = 0;
-  for (Trl_Tx& tx : p.tx_list) tx.number = k++;
+  number(p.tx_list);
   tk::list<Trl_Tx> working;
   EXPECT_EQ(p.working_list(working), 0);
-  ASSERT_EQ(working.size(), 1000);
-  k = 0;
-  for (const Trl_Tx& tx : working) {
-    EXPECT_EQ(tx.label, tk::string(name(k).c_str()));
-    EXPECT_EQ(tx.number, k++);
-  }
+  EXPECT_EQ(labels(working), given);
+  EXPECT_EQ(numbers(working), positions(1000));
 }
 
 // Sorted by x the stations are S0 to S16; A = S0..S7, B = S8..S16.
@@ -108,9 +116,7 @@ TEST(WorkingOrder, SeventeenOnTheTerrainTakeTheSpatialOrderSixteenKeepTheirs) {
                                             "S10", "S13", "S15", "S9", "S11", "S16", "S14", "S12"};
     EXPECT_EQ(labels(tp.planner.tx_list), expected);
     EXPECT_EQ(labels(working), expected);
-    std::vector<int> positions;
-    for (int i = 0; i < 17; ++i) positions.push_back(i);
-    EXPECT_EQ(numbers(tp.planner.tx_list), positions);
+    EXPECT_EQ(numbers(tp.planner.tx_list), positions(17));
     // A second run on the ordered list keeps the order.
     tp.planner.working_list(working);
     EXPECT_EQ(labels(tp.planner.tx_list), expected);
@@ -150,9 +156,7 @@ TEST(WorkingOrder, StationsOffTheTerrainAreExcludedAndGoToTheEnd) {
   EXPECT_EQ(working.size(), 18);
   EXPECT_EQ(working.head().label, tk::string("in1"));
   for (const Trl_Tx& tx : working) EXPECT_NE(tx.status, Trl_Tx::excluded);
-  std::vector<int> positions;
-  for (int i = 0; i < 20; ++i) positions.push_back(i);
-  EXPECT_EQ(numbers(list), positions);
+  EXPECT_EQ(numbers(list), positions(20));
 
   // Four in the plane: nothing sorted, the one off the terrain still goes to the end.
   TerrainPlanner few;
@@ -172,8 +176,7 @@ TEST(WorkingOrder, MarkUsedFromTheCurrentAssignment) {
   Trl_Planner p;
   const int status[] = {0, 3, 0, 3, 0, 4};
   for (int i = 0; i < 6; ++i) p.tx_list.append(station(name(i), 100 * i, 0, status[i]));
-  int k = 0;
-  for (Trl_Tx& tx : p.tx_list) tx.number = k++;
+  number(p.tx_list);
   p.mark_used();  // no assignment: nothing happens
   EXPECT_EQ(statuses(p.tx_list), (std::vector<int>{0, 3, 0, 3, 0, 4}));
 
@@ -190,11 +193,8 @@ TEST(WorkingOrder, MarkUsedFromTheCurrentAssignment) {
 TEST(WorkingOrder, MarkUsedStopsWithAShortList) {
   Trl_Planner p;
   tk::list<Trl_Tx> five;
-  for (int i = 0; i < 5; ++i) {
-    five.append(station(name(i), 0, 0));
-  }
-  int k = 0;
-  for (Trl_Tx& tx : five) tx.number = k++;
+  for (int i = 0; i < 5; ++i) five.append(station(name(i), 0, 0));
+  number(five);
   p.assignment = new Trl_Assignment(p.assigner, 0, five);
   for (int i = 0; i < 5; ++i) p.assignment->selected[i] = i % 2 == 0;  // numbers 0, 2, 4
   p.tx_list.append(station("A", 0, 0));
@@ -209,8 +209,7 @@ TEST(WorkingOrder, MarkSetByNumberFixedOnesIncluded) {
   Trl_Planner p;
   const int status[] = {0, 3, 0, 3, 4, 1};
   for (int i = 0; i < 6; ++i) p.tx_list.append(station(name(i), 0, 0, status[i]));
-  int k = 0;
-  for (Trl_Tx& tx : p.tx_list) tx.number = 5 - k++;  // numbers 5 4 3 2 1 0
+  number(p.tx_list, 5, -1);  // numbers 5 4 3 2 1 0
   tk::list<int> set;
   set.append(2);  // S3, fixed
   set.append(3);  // S2

@@ -122,15 +122,21 @@ void press_key(Fl_Window& dialog, int key) {
   Fl::handle(FL_KEYBOARD, &dialog);
 }
 
+// A window shown at the screen's top left, one unit a pixel, y 0 at the bottom row.
+struct ShownWindow : tk::window {
+  ShownWindow(int width, int height, const char* title) : tk::window(width, height, title) {
+    display(tk::window::min, tk::window::min);
+    init(0, width, 0);
+  }
+};
+
 class FltkBackend : public ::testing::Test {
  protected:
   void SetUp() override { tk::set_backend(&backend()); }
 };
 
 TEST_F(FltkBackend, PrimitivesPaintTheBackingPicture) {
-  tk::window w(200, 100, "primitives");
-  w.display(tk::window::min, tk::window::min);
-  w.init(0, 200, 0);  // one unit a pixel; pixel row = 99 - y
+  ShownWindow w(200, 100, "primitives");  // pixel row = 99 - y
   settle();
   EXPECT_EQ(picture_at(w, 0, 0), palette(tk::white));
 
@@ -178,9 +184,7 @@ TEST_F(FltkBackend, PrimitivesPaintTheBackingPicture) {
 }
 
 TEST_F(FltkBackend, TextIsDrawnAndFormattedTextWraps) {
-  tk::window w(300, 200, "text");
-  w.display(tk::window::min, tk::window::min);
-  w.init(0, 300, 0);
+  ShownWindow w(300, 200, "text");
   w.draw_text(10, 189, "MMMM", tk::black);  // top left at pixel (10, 10)
   int dark = 0;
   for (int y = 10; y < 30; ++y)
@@ -213,9 +217,7 @@ TEST_F(FltkBackend, TextIsDrawnAndFormattedTextWraps) {
 }
 
 TEST_F(FltkBackend, PlottedPixelsKeepTheirOrder) {
-  tk::window w(120, 80, "plot");
-  w.display(tk::window::min, tk::window::min);
-  w.init(0, 120, 0);
+  ShownWindow w(120, 80, "plot");
   w.start_pixel_plotting();
   for (int y = 0; y < 80; ++y)
     for (int x = 0; x < 120; ++x) w.plot_pixel(x, y, (x + y) % 2 ? tk::blue : tk::cyan);
@@ -257,9 +259,7 @@ TEST_F(FltkBackend, CoveringAndUncoveringNeedsNoRedrawFromTheProgram) {
 }
 
 TEST_F(FltkBackend, BufferedDrawingWaitsForTheOutermostFlush) {
-  tk::window w(100, 100, "buffer");
-  w.display(tk::window::min, tk::window::min);
-  w.init(0, 100, 0);
+  ShownWindow w(100, 100, "buffer");
   settle();
   w.start_buffering();
   w.start_buffering();
@@ -507,9 +507,7 @@ void click_later(void* data) {
 }
 
 TEST_F(FltkBackend, MouseWaitsAndPolls) {
-  tk::window w(200, 200, "mouse");
-  w.display(tk::window::min, tk::window::min);
-  w.init(0, 200, 0);
+  ShownWindow w(200, 200, "mouse");
   settle();
   tk::point p;
   EXPECT_EQ(w.get_mouse(p), 0);
@@ -538,9 +536,7 @@ TEST_F(FltkBackend, MouseWaitsAndPolls) {
 }
 
 TEST_F(FltkBackend, StatusLineLiesOverTheBottomRows) {
-  tk::window w(300, 200, "status");
-  w.display(tk::window::min, tk::window::min);
-  w.init(0, 300, 0);
+  ShownWindow w(300, 200, "status");
   w.clear(tk::green);
   settle();
   w.open_status_window(tk::status_grey, 17);

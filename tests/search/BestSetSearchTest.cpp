@@ -31,12 +31,6 @@ std::vector<int> items(const tk::list<int>& list) {
   return v;
 }
 
-int count(const std::string& text, const std::string& what) {
-  int n = 0;
-  for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
-  return n;
-}
-
 // The small city with users drawn uniformly over its terrain for the samples, under the
 // simple law, with which all six base stations serve any such sample.
 void city_for_samples(Trl_Planner& p, int users) {
@@ -154,7 +148,7 @@ TEST(BestSetSearch, ValidationRunsTheSamplesTheRequirementAllows) {
     for (int k : c.set) set.append(k);
     EXPECT_EQ(Trl_BestSetSearch::validate(p, set), c.ratio);
     const std::string t = scripted.transcript();
-    EXPECT_EQ(count(t, "all BS"), c.samples) << t;
+    EXPECT_EQ(occurrences(t, "all BS"), c.samples) << t;
     const char* first = c.ratio > 0 ? "status:  Assignment with all BS found (6,2,0).\n"
                                     : "status:  No assignment with all BS possible (0,2,1).\n";
     EXPECT_NE(t.find(first), std::string::npos) << t;
@@ -183,7 +177,7 @@ TEST(BestSetSearch, TheCommandMarksTheSetItNamesAndDropsTheAssignment) {
   }
   EXPECT_EQ(in_set, named);
   EXPECT_EQ(p.assignment, nullptr);
-  EXPECT_EQ(count(t, "status:  Assignment with all base stations found.\n"), 3) << t;
+  EXPECT_EQ(occurrences(t, "status:  Assignment with all base stations found.\n"), 3) << t;
 }
 
 void best_set_command() { planner.best_set_search_command(); }
@@ -191,22 +185,13 @@ void best_set_command() { planner.best_set_search_command(); }
 // The stop poll asks the program's one planner, as the menu command does.
 TEST(BestSetSearch, AStopInTheFirstTryLeavesNoRankingNoMessageAndNoMarks) {
   ScriptedWindows scripted("stop after 1\nmenu Search\nyes\n");
+  CommandOnBar bar("Search", best_set_command);
   Trl_Planner& p = planner;
-  p.create_window();
-  p.window->button("Search", best_set_command);
-  p.window->make_menu_bar(2);
-  p.window->display();
-  p.window->init(-100, 400, -100);
   city_for_samples(p, 20);
-  tk::window* from = nullptr;
-  int value = 0;
-  double x = 0, y = 0;
-  testing::internal::CaptureStdout();
-  tk::read_event(from, value, x, y);
-  testing::internal::GetCapturedStdout();
+  bar.run();
   const std::string t = scripted.transcript();
-  EXPECT_EQ(count(t, "confirm: Do you want to stop the search? -> yes\n"), 1) << t;
-  EXPECT_EQ(count(t, "message:"), 0) << t;
+  EXPECT_EQ(occurrences(t, "confirm: Do you want to stop the search? -> yes\n"), 1) << t;
+  EXPECT_EQ(occurrences(t, "message:"), 0) << t;
   for (const Trl_Tx& tx : p.tx_list) EXPECT_EQ(tx.status, Trl_Tx::usable);
   EXPECT_EQ(p.assignment, nullptr);
 }

@@ -14,19 +14,12 @@
 
 #include "app/Trl_Planner.h"
 #include "support/LinkEquations.h"
+#include "support/BatchCity.h"
 #include "support/ScenarioCity.h"
-#include "support/TestFolder.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string read_file(const fs::path& path) {
-  std::ifstream in(path);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 const char* load_city =
     "menu File/Load terrain\nfile data/terrain.map\n"
@@ -38,13 +31,10 @@ std::string search_with(const char* algorithm) {
          "set Algorithm = " + algorithm + "\npress Ok\n";
 }
 
-// Plays the script in the folder with --seed 1 and returns the transcript.
+// Plays the script in the folder and returns the transcript.
 std::string play(const fs::path& dir, const std::string& name, const std::string& steps) {
   std::ofstream(dir / (name + ".script")) << steps;
-  const std::string batch = std::string(CELVANE_BINARY_DIR) + "/apps/celvane-batch";
-  const std::string command = "cd '" + dir.string() + "' && '" + batch + "' --seed 1 --transcript " + name +
-                              ".txt " + name + ".script > /dev/null 2>&1";
-  EXPECT_EQ(std::system(command.c_str()), 0) << read_file(dir / (name + ".txt"));
+  EXPECT_EQ(play_batch(dir, name + ".script", name + ".txt"), 0) << read_file(dir / (name + ".txt"));
   return read_file(dir / (name + ".txt"));
 }
 
@@ -55,13 +45,8 @@ StoredReport checked_report(const fs::path& report_file, const fs::path& data) {
   Trl_Planner p;
   load_scenario_city(p, data.string());
   tk::list<Trl_Tx> working;
-  int fixed = 0;
-  EXPECT_TRUE(p.compute_all(working, fixed, nullptr));
-  const int m = working.size(), n = p.rx_list.size();
-  std::vector<std::vector<double>> gain(m, std::vector<double>(n));
-  for (int k = 0; k < m; ++k)
-    for (int r = 0; r < n; ++r) gain[k][r] = p.assigner.path_gain(k, r);
-  EXPECT_EQ(static_cast<int>(report.tx_up.size()), m);
+  const std::vector<std::vector<double>> gain = computed_gains(p, working);
+  EXPECT_EQ(static_cast<int>(report.tx_up.size()), working.size());
   expect_link_equations(report, gain, p.rx_max_power, p.tx_max_power, p.tx_max_channel_power);
   return report;
 }
@@ -69,10 +54,7 @@ StoredReport checked_report(const fs::path& report_file, const fs::path& data) {
 }  // namespace
 
 TEST(GaSearchCity, SeededRunsRepeatAndTheStoredSetsMeetTheLinkEquations) {
-  const fs::path dir = test_folder("celvane_ga_city");
-  fs::remove_all(dir);
-  fs::create_directories(dir);
-  fs::copy(fs::path(CELVANE_SOURCE_DIR) / "tests/scenarios/data", dir / "data");
+  const fs::path dir = city_folder("celvane_ga_city");
   const std::string ga = std::string(load_city) + search_with("GA") +
                          "menu Run/Simple search algorithm\nok\nmenu File/Store assignment\nfile ga.dat\n";
   const std::string steps = ga + search_with("HBB") +

@@ -6,45 +6,23 @@
 
 #include <ga/garandom.h>
 
-#include <cmath>
-#include <random>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "network/Trl_Rx.h"
-#include "network/Trl_Tx.h"
-#include "propagation/Trl_Motorola.h"
 #include "search/MyAlleleGenome.h"
 #include "search/MyAlleleSetArray.h"
 #include "search/MyPopulation.h"
-#include "search/Trl_Assigner.h"
 #include "search/Trl_Assignment.h"
 #include "search/Trl_GaContext.h"
 #include "search/Trl_GaSearch.h"
 #include "search/Trl_SimpleSearch.h"
 #include "search/Trl_TxMap.h"
+#include "support/RandomPlan.h"
 
 namespace {
 
-// n base stations (the first `fixed` of them fixed) and m users over 3 km by 3 km.
-struct Plan {
-  tk::list<Trl_Tx> tx;
-  tk::list<Trl_Rx> rx;
-  Trl_Assigner assigner;
-  Plan(unsigned seed, int n, int m, int fixed) {
-    std::mt19937 random(seed);
-    std::uniform_real_distribution<double> at(0, 3000);
-    for (int t = 0; t < n; ++t)
-      tx.append(Trl_Tx(tk::d3_point(at(random), at(random), 30), tk::string("BS%04d", t), t, 20, 2, 1,
-                       std::pow(10.0, 0.9), std::pow(10.0, 0.5), 0.4, t < fixed ? 3 : 0));
-    for (int r = 0; r < m; ++r)
-      rx.append(Trl_Rx(tk::d3_point(at(random), at(random), 1.5), r, std::pow(10.0, 1.0), std::pow(10.0, 0.55),
-                       std::pow(10.0, 0.9), std::pow(10.0, -0.9), 1e-8, std::pow(10.0, -0.3), 0.66, 12.2,
-                       12.2, 0));
-    Trl_Motorola model(32.2, 35.1);
-    assigner.prepare(tx, rx, Trl_Assigner::parameters(), model);
-  }
-};
+using Plan = RandomPlan;
 
 // What a fresh assignment on the given positions scores: count plus objective, or n + 1.
 float independent_score(Plan& plan, const std::vector<int>& positions) {
@@ -67,14 +45,34 @@ std::vector<int> decoded(const MyAlleleGenome& g) {
   return positions;
 }
 
-// The hooks of a search, counting polls and keeping the status lines.
+// A population of the given size on the plan's compacted map, scoring through `candidate`.
+struct Population {
+  Trl_GaContext::Scope scope;
+  Trl_TxMap map;
+  std::unique_ptr<MyPopulation> population;
+  Population(Plan& plan, Trl_Assignment& candidate, int size) : scope(candidate, true), map(plan.tx, nullptr) {
+    map.build(false);
+    population.reset(new MyPopulation(map.cells, map.tx_cells(), size, nullptr, nullptr, nullptr));
+  }
+  MyAlleleGenome& operator[](int i) { return static_cast<MyAlleleGenome&>(population->individual(i)); }
+};
+
+// The full set solved as the best so far, a candidate, and the hooks of a search on them
+// (best assignment, status line, stop poll), counting polls and keeping the status lines.
 struct Frame {
+  Trl_Assignment full, candidate;
+  bool solved;
   Trl_Assignment* best;
   Trl_SimpleSearch hooks;
   int polls = 0;
   int stop_at = -1;
   std::vector<std::string> status;
-  explicit Frame(Trl_Assignment& full) : best(&full), hooks(&best, 7, true) {
+  explicit Frame(Plan& plan)
+      : full(plan.assigner, Trl_Assignment::power_sum, plan.tx),
+        candidate(plan.assigner, Trl_Assignment::power_sum, plan.tx),
+        solved((full.select_all(), full.solve(true))),
+        best(&full),
+        hooks(&best, 7, true) {
     hooks.stop_requested = [this] { return ++polls == stop_at; };
     hooks.show_status = [this](const tk::string& s) { status.push_back(s.cstring()); };
   }
@@ -85,16 +83,14 @@ struct Frame {
 TEST(GaGenome, ObjectiveIsWhatTheSolverGivesForTheDecodedSet) {
   Plan plan(4, 14, 80, 2);
   Trl_Assignment candidate(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-  Trl_GaContext::Scope scope(candidate, true);
   GAResetRNG(21);
-  Trl_TxMap map(plan.tx, nullptr);
-  map.build(false);
-  MyPopulation population(map.cells, map.tx_cells(), 40, nullptr, nullptr, nullptr);
+  Population population(plan, candidate, 40);
   int feasible = 0;
-  for (int i = 0; i < population.size(); ++i) {
-    MyAlleleGenome& g = static_cast<MyAlleleGenome&>(population.individual(i));
+  const int size = population.population->size();
+  for (int i = 0; i < size; ++i) {
+    MyAlleleGenome& g = population[i];
     // Densities from sparse to full, so that both outcomes come up.
-    g.fill(2 + i * 12 / population.size());
+    g.fill(2 + i * 12 / size);
     const std::vector<int> on = decoded(g);
     EXPECT_FLOAT_EQ(MyAlleleGenome::Objective(g), independent_score(plan, on));
     EXPECT_EQ(g.active, static_cast<int>(on.size()));
@@ -102,18 +98,15 @@ TEST(GaGenome, ObjectiveIsWhatTheSolverGivesForTheDecodedSet) {
     EXPECT_TRUE(on.size() >= 2 && on[0] == 0 && on[1] == 1) << "the fixed ones are always on";
   }
   EXPECT_GT(feasible, 0);
-  EXPECT_LT(feasible, population.size());
+  EXPECT_LT(feasible, size);
 }
 
 TEST(GaGenome, NothingOnIsNeverSolvedAndFillCountsTheFixedOnes) {
   Plan plan(5, 8, 30, 1);
   Trl_Assignment candidate(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-  Trl_GaContext::Scope scope(candidate, true);
   GAResetRNG(2);
-  Trl_TxMap map(plan.tx, nullptr);
-  map.build(false);
-  MyPopulation population(map.cells, map.tx_cells(), 1, nullptr, nullptr, nullptr);
-  MyAlleleGenome& g = static_cast<MyAlleleGenome&>(population.individual(0));
+  Population population(plan, candidate, 1);
+  MyAlleleGenome& g = population[0];
   const int width = g.width(), height = g.height();
   g.fill(0);  // below the fixed count: just the fixed one
   EXPECT_EQ(decoded(g), std::vector<int>{0});
@@ -123,11 +116,8 @@ TEST(GaGenome, NothingOnIsNeverSolvedAndFillCountsTheFixedOnes) {
   // A map of only free, switched-off stations: score n + 1 and the candidate untouched.
   Plan free_plan(5, 8, 30, 0);
   Trl_Assignment free_candidate(free_plan.assigner, Trl_Assignment::power_sum, free_plan.tx);
-  Trl_GaContext::Scope free_scope(free_candidate, true);
-  Trl_TxMap free_map(free_plan.tx, nullptr);
-  free_map.build(false);
-  MyPopulation free_population(free_map.cells, free_map.tx_cells(), 1, nullptr, nullptr, nullptr);
-  MyAlleleGenome& off = static_cast<MyAlleleGenome&>(free_population.individual(0));
+  Population free_population(free_plan, free_candidate, 1);
+  MyAlleleGenome& off = free_population[0];
   free_candidate.used = -7;
   EXPECT_EQ(MyAlleleGenome::Objective(off), 9.0f);
   EXPECT_EQ(free_candidate.used, -7);
@@ -138,18 +128,16 @@ TEST(GaSearch, OneGenerationIsOneStepForEachAlgorithmKind) {
   Plan plan(7, 12, 60, 0);
   for (int kind = 0; kind < 3; ++kind) {
     SCOPED_TRACE(kind);
-    Trl_Assignment full(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-    full.select_all();
-    ASSERT_TRUE(full.solve(true));
-    Trl_Assignment candidate(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-    Frame frame(full);
+    Frame frame(plan);
+    ASSERT_TRUE(frame.solved);
+    Trl_Assignment& full = frame.full;
     Trl_GaSearch search;
     search.algorithm = kind;
     search.generations = 1;
     search.population_size = 12;
     search.mutation_probability = 1 / (1.5f * 12);
     Trl_GaSearch::fix_seed(1);
-    EXPECT_EQ(search.run(frame.hooks, candidate, plan.tx, 0), 2);
+    EXPECT_EQ(search.run(frame.hooks, frame.candidate, plan.tx, 0), 2);
     EXPECT_EQ(frame.polls, 1);
     ASSERT_LE(frame.status.size(), 1u);
     if (!frame.status.empty()) {
@@ -167,38 +155,32 @@ TEST(GaSearch, OneGenerationIsOneStepForEachAlgorithmKind) {
 
 TEST(GaSearch, GenomesLargerThanTheBestAreNotOfferedAndAStopEndsTheRun) {
   Plan plan(8, 12, 60, 0);
-  Trl_Assignment best(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-  best.select_all();
-  ASSERT_TRUE(best.solve(true));
-  best.used = 0;  // no genome can be as small: none is solved, no status comes up
-  Trl_Assignment candidate(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-  Frame frame(best);
+  Frame frame(plan);
+  ASSERT_TRUE(frame.solved);
+  frame.full.used = 0;  // no genome can be as small: none is solved, no status comes up
   frame.stop_at = 4;
   Trl_GaSearch search;
   search.population_size = 10;
   testing::internal::CaptureStdout();
-  EXPECT_EQ(search.run(frame.hooks, candidate, plan.tx, 3), 4);
+  EXPECT_EQ(search.run(frame.hooks, frame.candidate, plan.tx, 3), 4);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(frame.polls, 4);
   EXPECT_TRUE(frame.status.empty());
-  EXPECT_EQ(best.used, 0);
+  EXPECT_EQ(frame.full.used, 0);
 }
 
 TEST(GaSearch, ARunFromOneStateOfTheGeneratorRepeats) {
   Plan plan(9, 12, 60, 1);
   std::vector<std::string> first;
   for (int run = 0; run < 2; ++run) {
-    Trl_Assignment best(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-    best.select_all();
-    ASSERT_TRUE(best.solve(true));
-    Trl_Assignment candidate(plan.assigner, Trl_Assignment::power_sum, plan.tx);
-    Frame frame(best);
+    Frame frame(plan);
+    ASSERT_TRUE(frame.solved);
     Trl_GaSearch search;
     search.generations = 6;
     search.population_size = 10;
     Trl_GaSearch::fix_seed(1);
     GAResetRNG(33);
-    EXPECT_EQ(search.run(frame.hooks, candidate, plan.tx, 2), 2);
+    EXPECT_EQ(search.run(frame.hooks, frame.candidate, plan.tx, 2), 2);
     ASSERT_EQ(frame.status.size(), 6u);
     EXPECT_NE(frame.status.back().find("(2) Best assignment: "), std::string::npos);
     if (run == 0) first = frame.status;

@@ -88,27 +88,64 @@ TEST(HbbWalker, StagnationLimitIsTwoToTheSMinusOneInThirtyTwoBits) {
   EXPECT_EQ(Trl_HbbWalker::limit_for(31), -1073741824);
 }
 
-TEST(HbbWalker, StartsWithTheFieldsOfAFreshWalk) {
-  Trl_HbbWalker w(9, 7, 2);
-  EXPECT_EQ(w.total, 9);
-  EXPECT_EQ(w.fixed, 2);
-  EXPECT_EQ(w.stagnation_limit, 64);
-  EXPECT_EQ(w.stagnation, 0);
-  EXPECT_EQ(w.best_size, 9);
-  EXPECT_EQ(w.step, 4);
-  EXPECT_TRUE(w.last_ok);
-  EXPECT_FALSE(w.exhausted);
-  EXPECT_TRUE(w.halving);
-  EXPECT_TRUE(w.removed.empty());
-}
-
-// n = 2, only {1} feasible: [0,1] -> {}, then pop and raise to [1] -> {0}, then the walk runs
-// out. {1} (removed [0]) is never tried: the walk is not exhaustive, and must stay so.
-TEST(HbbWalker, TwoPositionsOnlySecondFeasibleEndsExhaustedWithoutTryingIt) {
-  for (int S : {0, 1, 7}) {
-    Walk w = run(2, S, 0, only({{1}}));
-    EXPECT_EQ(w.visited, (Seq{"{}", "{0}"})) << "S " << S;
-    EXPECT_EQ(w.end, "exhausted") << "S " << S;
+// Walks worked out by hand from the walking rules.
+TEST(HbbWalker, WalksVisitTheCandidatesTheRulesGive) {
+  struct Case {
+    int n, S, f;
+    Feasible feasible;
+    Seq visited;
+    const char* end;
+    int stagnation;  // -1: not checked
+  };
+  const Seq four_to_exhaustion{"{3}", "{2}", "{1,3}", "{1}", "{1,2}", "{0,3}", "{0}", "{0,2}", "{0,1}"};
+  const Case cases[] = {
+      // n = 2, only {1} feasible: [0,1] -> {}, then pop and raise to [1] -> {0}, then the walk
+      // runs out. {1} (removed [0]) is never tried: the walk is not exhaustive, and must stay so.
+      {2, 0, 0, only({{1}}), {"{}", "{0}"}, "exhausted", -1},
+      {2, 1, 0, only({{1}}), {"{}", "{0}"}, "exhausted", -1},
+      {2, 7, 0, only({{1}}), {"{}", "{0}"}, "exhausted", -1},
+      // n = 3, sizes 2 and 3 feasible:
+      // [0,1] {2} no; step 1, halving ends; raise -> [0,2] {1} no; pop, raise -> [1] {0,2} yes,
+      // best 2; add 1 -> [1,2] {0} no; pop, raise -> [2] {0,1} yes; room 0, pop -> exhausted.
+      // {1,2} (removed [0]) is skipped.
+      {3, 0, 0, at_least(2), {"{2}", "{1}", "{0,2}", "{0}", "{0,1}"}, "exhausted", -1},
+      // n = 4, sizes 2 and up feasible, no limit:
+      // [0,1,2] {3} no | [0,1,3] {2} no | [0,2] {1,3} yes, best 2 | [0,2,3] {1} no |
+      // [0,3] {1,2} yes | pop to [0], raise [1], add 1 -> [1,2] {0,3} yes | [1,2,3] {0} no |
+      // [1,3] {0,2} yes | [2,3] {0,1} yes | exhausted. A huge limit changes nothing on so short a walk.
+      {4, 0, 0, at_least(2), four_to_exhaustion, "exhausted", -1},
+      {4, 30, 0, at_least(2), four_to_exhaustion, "exhausted", -1},
+      // The same with S = 1 (limit 1): {2} counts 1, {1,3} counts 2 and improves (back to 0),
+      // {1} counts 1, {1,2} counts 2 > 1: the next call ends the walk.
+      {4, 1, 0, at_least(2), {"{3}", "{2}", "{1,3}", "{1}", "{1,2}"}, "stagnation", 2},
+      // n = 4 with position 0 fixed: [1,2] {0,3} yes, best 2 (halving) | step 1, add 1 ->
+      // [1,2,3] {0} no | [1,3] {0,2} yes | [2,3] {0,1} yes | exhausted. Position 0 is in every one.
+      {4, 0, 1, at_least(2), {"{0,3}", "{0}", "{0,2}", "{0,1}"}, "exhausted", -1},
+      // n = 8, sizes 3 and up feasible, S = 1:
+      // [0,1,2,3,4] {5,6,7} yes, best 3 in the halving (no count) | step 2, add 2 -> [0..6] {7} no
+      // (halving, no count) | step 1, halving ends; raise -> [0,1,2,3,4,5,7] {6} no, 1 |
+      // pop, raise -> [0,1,2,3,4,6] {5,7} no, 2 | ends.
+      {8, 1, 0, at_least(3), {"{5,6,7}", "{7}", "{6}", "{5,7}"}, "stagnation", -1},
+      // n = 8, sizes 2 and up feasible, S = 2 (limit 2):
+      // {5,6,7} yes | {7} no | {6} no, 1 | {5,7} yes, 2 then improvement to 0, best 2 |
+      // add 1 -> [0,1,2,3,4,6,7] {5} no, 1 | [0,1,2,3,4,7] {5,6} yes, 2 |
+      // room 0: pop to [0,1,2,3,4], raise to 5, add 1 -> [0,1,2,3,5,6] {4,7} yes, 3 | ends.
+      {8, 2, 0, at_least(2), {"{5,6,7}", "{7}", "{6}", "{5,7}", "{5}", "{5,6}", "{4,7}"}, "stagnation", 3},
+      // n = 8, sizes 4 and up feasible, S = 1: the first candidate fails and the bisection gives
+      // two positions back; {5,6,7} comes twice.
+      // [0,1,2,3,4] {5,6,7} no | step 2: [0,1,2] {3,4,5,6,7} yes, best 5 |
+      // step 1, halving ends, add 1 -> [0,1,2,3] {4,5,6,7} yes, count 1 then best 4, 0 |
+      // add 1 -> [0,1,2,3,4] {5,6,7} no, 1 | raise -> [0,1,2,3,5] {4,6,7} no, 2 | ends.
+      {8, 1, 0, at_least(4), {"{5,6,7}", "{3,4,5,6,7}", "{4,5,6,7}", "{5,6,7}", "{4,6,7}"}, "stagnation", -1},
+      // S = 31 gives a negative limit: the very first call ends the walk, not by exhaustion.
+      {6, 31, 0, at_least(1), {}, "stagnation", -1},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << "n " << c.n << " S " << c.S << " f " << c.f);
+    const Walk w = run(c.n, c.S, c.f, c.feasible);
+    EXPECT_EQ(w.visited, c.visited);
+    EXPECT_EQ(w.end, c.end);
+    if (c.stagnation >= 0) { EXPECT_EQ(w.stagnation, c.stagnation); }
   }
 }
 
@@ -118,93 +155,10 @@ TEST(HbbWalker, TwoPositionsOnlySecondFeasibleEndsExhaustedWithoutTryingIt) {
 TEST(HbbWalker, OnePositionRepeatsTheEmptyCandidateUntilStopped) {
   for (int S : {0, 1, 7}) {
     Walk w = run(1, S, 0, only({{0}}), 50);
-    ASSERT_EQ(w.visited.size(), 50u);
-    for (const auto& v : w.visited) EXPECT_EQ(v, "{}");
+    EXPECT_EQ(w.visited, Seq(50, "{}"));
     EXPECT_EQ(w.end, "running");
     EXPECT_EQ(w.stagnation, 0);
   }
-}
-
-// n = 3, sizes 2 and 3 feasible:
-// [0,1] {2} no; step 1, halving ends; raise -> [0,2] {1} no; pop, raise -> [1] {0,2} yes,
-// best 2; add 1 -> [1,2] {0} no; pop, raise -> [2] {0,1} yes; room 0, pop -> exhausted.
-// {1,2} (removed [0]) is skipped.
-TEST(HbbWalker, ThreePositionsSkipsRemovedZeroOnly) {
-  Walk w = run(3, 0, 0, at_least(2));
-  EXPECT_EQ(w.visited, (Seq{"{2}", "{1}", "{0,2}", "{0}", "{0,1}"}));
-  EXPECT_EQ(w.end, "exhausted");
-}
-
-// n = 4, sizes 2 and up feasible, no limit:
-// [0,1,2] {3} no | [0,1,3] {2} no | [0,2] {1,3} yes, best 2 | [0,2,3] {1} no |
-// [0,3] {1,2} yes | pop to [0], raise [1], add 1 -> [1,2] {0,3} yes | [1,2,3] {0} no |
-// [1,3] {0,2} yes | [2,3] {0,1} yes | exhausted.
-TEST(HbbWalker, FourPositionsWithoutLimitWalksToExhaustion) {
-  const Seq expected{"{3}", "{2}", "{1,3}", "{1}", "{1,2}", "{0,3}", "{0}", "{0,2}", "{0,1}"};
-  Walk w = run(4, 0, 0, at_least(2));
-  EXPECT_EQ(w.visited, expected);
-  EXPECT_EQ(w.end, "exhausted");
-  // A huge limit changes nothing on so short a walk.
-  Walk w30 = run(4, 30, 0, at_least(2));
-  EXPECT_EQ(w30.visited, expected);
-  EXPECT_EQ(w30.end, "exhausted");
-}
-
-// The same with S = 1 (limit 1): {2} counts 1, {1,3} counts 2 and improves (back to 0),
-// {1} counts 1, {1,2} counts 2 > 1: the next call ends the walk.
-TEST(HbbWalker, FourPositionsWithLimitOneEndsAfterTwoFruitlessCandidates) {
-  Walk w = run(4, 1, 0, at_least(2));
-  EXPECT_EQ(w.visited, (Seq{"{3}", "{2}", "{1,3}", "{1}", "{1,2}"}));
-  EXPECT_EQ(w.end, "stagnation");
-  EXPECT_EQ(w.stagnation, 2);
-}
-
-// n = 4 with position 0 fixed: [1,2] {0,3} yes, best 2 (halving) | step 1, add 1 ->
-// [1,2,3] {0} no | [1,3] {0,2} yes | [2,3] {0,1} yes | exhausted. Position 0 is in every one.
-TEST(HbbWalker, FixedPositionStaysInEveryCandidate) {
-  Walk w = run(4, 0, 1, at_least(2));
-  EXPECT_EQ(w.visited, (Seq{"{0,3}", "{0}", "{0,2}", "{0,1}"}));
-  EXPECT_EQ(w.end, "exhausted");
-}
-
-// n = 8, sizes 3 and up feasible, S = 1:
-// [0,1,2,3,4] {5,6,7} yes, best 3 in the halving (no count) | step 2, add 2 -> [0..6] {7} no
-// (halving, no count) | step 1, halving ends; raise -> [0,1,2,3,4,5,7] {6} no, 1 |
-// pop, raise -> [0,1,2,3,4,6] {5,7} no, 2 | ends.
-TEST(HbbWalker, EightPositionsHalvingThenStagnation) {
-  Walk w = run(8, 1, 0, at_least(3));
-  EXPECT_EQ(w.visited, (Seq{"{5,6,7}", "{7}", "{6}", "{5,7}"}));
-  EXPECT_EQ(w.end, "stagnation");
-}
-
-// n = 8, sizes 2 and up feasible, S = 2 (limit 2):
-// {5,6,7} yes | {7} no | {6} no, 1 | {5,7} yes, 2 then improvement to 0, best 2 |
-// add 1 -> [0,1,2,3,4,6,7] {5} no, 1 | [0,1,2,3,4,7] {5,6} yes, 2 |
-// room 0: pop to [0,1,2,3,4], raise to 5, add 1 -> [0,1,2,3,5,6] {4,7} yes, 3 | ends.
-TEST(HbbWalker, EightPositionsImprovementResetsTheCount) {
-  Walk w = run(8, 2, 0, at_least(2));
-  EXPECT_EQ(w.visited, (Seq{"{5,6,7}", "{7}", "{6}", "{5,7}", "{5}", "{5,6}", "{4,7}"}));
-  EXPECT_EQ(w.end, "stagnation");
-  EXPECT_EQ(w.stagnation, 3);
-}
-
-// n = 8, sizes 4 and up feasible, S = 1: the first candidate fails and the bisection gives
-// two positions back; {5,6,7} comes twice.
-// [0,1,2,3,4] {5,6,7} no | step 2: [0,1,2] {3,4,5,6,7} yes, best 5 |
-// step 1, halving ends, add 1 -> [0,1,2,3] {4,5,6,7} yes, count 1 then best 4, 0 |
-// add 1 -> [0,1,2,3,4] {5,6,7} no, 1 | raise -> [0,1,2,3,5] {4,6,7} no, 2 | ends.
-TEST(HbbWalker, EightPositionsBisectionGivesBackAndRevisits) {
-  Walk w = run(8, 1, 0, at_least(4));
-  EXPECT_EQ(w.visited,
-            (Seq{"{5,6,7}", "{3,4,5,6,7}", "{4,5,6,7}", "{5,6,7}", "{4,6,7}"}));
-  EXPECT_EQ(w.end, "stagnation");
-}
-
-// S = 31 gives a negative limit: the very first call ends the walk, not by exhaustion.
-TEST(HbbWalker, LimitFromThirtyOneEndsAtTheFirstCall) {
-  Walk w = run(6, 31, 0, at_least(1));
-  EXPECT_TRUE(w.visited.empty());
-  EXPECT_EQ(w.end, "stagnation");
 }
 
 // More fixed positions than a quarter or so: the first candidate removes one position, and
@@ -275,16 +229,4 @@ TEST(HbbWalker, StagnationLimitsZeroOneSevenThirtyOneEndWhereTheCountSays) {
   EXPECT_GT(ends_by_stagnation[1], 0);
   EXPECT_GT(ends_by_stagnation[7], 0);
   EXPECT_LT(ends_by_stagnation[7], 40);
-}
-
-// The empty candidate with nothing removed back is never written past the positions.
-TEST(HbbWalker, WriteMarksRemovedPositionsAndCountsTheRest) {
-  Trl_HbbWalker w(5, 0, 0);
-  ASSERT_TRUE(w.next());  // [0,1,2]
-  tk::array<int> selected(5);
-  int used = -1;
-  w.write(selected, used);
-  EXPECT_EQ(used, 2);
-  const int expected[] = {0, 0, 0, 1, 1};
-  for (int i = 0; i < 5; ++i) EXPECT_EQ(selected[i], expected[i]);
 }

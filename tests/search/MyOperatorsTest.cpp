@@ -102,45 +102,42 @@ TEST(MyOperators, EveryCrossoverKeepsEmptyAndFixedCellsAndTakesGenesFromTheParen
     }
 }
 
-TEST(MyOperators, TwoPointsCrossoverExchangesTheDrawnRectangle) {
-  HandMap map;
-  for (unsigned seed = 1; seed <= 30; ++seed) {
-    const MyAlleleGenome mother = random_genome(true), father = random_genome(true);
-    GAResetRNG(seed);
-    const int x0 = draw(W - 1), x1 = x0 + draw(W - 1 - x0), y0 = draw(H - 1), dy = draw(H - 1 - y0);
-    const std::vector<bool> in = rectangle(x0, x1, y0, y0 + dy);
-    GAResetRNG(seed);
-    MyAlleleGenome sister(W, H), brother(W, H);
-    MyOperators::TwoPointsCrossover(mother, father, &sister, &brother);
-    expect_child(sister, mother, father, in);
-    expect_child(brother, father, mother, in);
-  }
-}
-
-TEST(MyOperators, CyclicTwoPointsCrossoverWrapsTheRectangleRoundTheEdges) {
+// The plain rectangle runs from x0 to x0 + dx and y0 to y0 + dy; the cyclic one from each
+// first draw to the second, round the edges when the second is smaller. The cyclic one also
+// makes a lone child as the brother.
+TEST(MyOperators, RectangleCrossoversExchangeTheDrawnRectangle) {
   HandMap map;
   int wrapped = 0;
-  for (unsigned seed = 1; seed <= 30; ++seed) {
-    const MyAlleleGenome mother = random_genome(true), father = random_genome(true);
-    GAResetRNG(seed);
-    const int x0 = draw(W - 1), x1 = draw(W - 1), y0 = draw(H - 1), y1 = draw(H - 1);
-    std::vector<bool> in(W * H);
-    for (int y = 0; y < H; ++y)
-      for (int x = 0; x < W; ++x) {
-        const bool in_x = x0 <= x1 ? x0 <= x && x <= x1 : x <= x1 || x >= x0;
-        const bool in_y = y0 <= y1 ? y0 <= y && y <= y1 : y <= y1 || y >= y0;
-        in[y * W + x] = in_x && in_y;
+  for (bool cyclic : {false, true})
+    for (unsigned seed = 1; seed <= 30; ++seed) {
+      SCOPED_TRACE(testing::Message() << (cyclic ? "cyclic" : "plain") << ", seed " << seed);
+      const MyAlleleGenome mother = random_genome(true), father = random_genome(true);
+      GAResetRNG(seed);
+      std::vector<bool> in(W * H);
+      if (!cyclic) {
+        const int x0 = draw(W - 1), x1 = x0 + draw(W - 1 - x0), y0 = draw(H - 1), dy = draw(H - 1 - y0);
+        in = rectangle(x0, x1, y0, y0 + dy);
+      } else {
+        const int x0 = draw(W - 1), x1 = draw(W - 1), y0 = draw(H - 1), y1 = draw(H - 1);
+        for (int y = 0; y < H; ++y)
+          for (int x = 0; x < W; ++x) {
+            const bool in_x = x0 <= x1 ? x0 <= x && x <= x1 : x <= x1 || x >= x0;
+            const bool in_y = y0 <= y1 ? y0 <= y && y <= y1 : y <= y1 || y >= y0;
+            in[y * W + x] = in_x && in_y;
+          }
+        wrapped += x0 > x1 || y0 > y1;
       }
-    wrapped += x0 > x1 || y0 > y1;
-    GAResetRNG(seed);
-    MyAlleleGenome sister(W, H), brother(W, H), only(W, H);
-    MyOperators::CyclicTwoPointsCrossover(mother, father, &sister, &brother);
-    expect_child(sister, mother, father, in);
-    expect_child(brother, father, mother, in);
-    GAResetRNG(seed);
-    MyOperators::CyclicTwoPointsCrossover(mother, father, nullptr, &only);
-    expect_child(only, mother, father, in);
-  }
+      const auto crossover = cyclic ? MyOperators::CyclicTwoPointsCrossover : MyOperators::TwoPointsCrossover;
+      GAResetRNG(seed);
+      MyAlleleGenome sister(W, H), brother(W, H), only(W, H);
+      crossover(mother, father, &sister, &brother);
+      expect_child(sister, mother, father, in);
+      expect_child(brother, father, mother, in);
+      if (!cyclic) continue;
+      GAResetRNG(seed);
+      crossover(mother, father, nullptr, &only);
+      expect_child(only, mother, father, in);
+    }
   EXPECT_GT(wrapped, 0);
 }
 

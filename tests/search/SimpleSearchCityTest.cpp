@@ -5,49 +5,27 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "app/Trl_Planner.h"
 #include "search/Trl_Assignment.h"
+#include "support/BatchCity.h"
 #include "support/LinkEquations.h"
 #include "support/ScenarioCity.h"
-#include "support/TestFolder.h"
 
 namespace fs = std::filesystem;
 
-namespace {
-
-std::string read_file(const fs::path& path) {
-  std::ifstream in(path);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-}  // namespace
-
 TEST(SimpleSearchCity, StoredBestSetIsTheOptimumOfAllSubsetsAndMeetsTheLinkEquations) {
-  const fs::path dir = test_folder("celvane_search_city");
-  fs::remove_all(dir);
-  fs::create_directories(dir);
-  fs::copy(fs::path(CELVANE_SOURCE_DIR) / "tests/scenarios/data", dir / "data");
-  {
-    std::ofstream script(dir / "search.script");
-    script << "menu File/Load terrain\nfile data/terrain.map\n"
-              "menu File/Load base stations\nfile data/bs.dtx\n"
-              "menu File/Load mobile users\nfile data/mu.drx\n"
-              "menu Run/Simple search algorithm\nok\n"
-              "menu File/Store assignment\nfile as.dat\n"
-              "menu Exit\n";
-  }
-  const std::string batch = std::string(CELVANE_BINARY_DIR) + "/apps/celvane-batch";
-  const std::string command = "cd '" + dir.string() + "' && '" + batch +
-                              "' --seed 1 --transcript transcript.txt search.script > /dev/null 2>&1";
-  ASSERT_EQ(std::system(command.c_str()), 0) << read_file(dir / "transcript.txt");
+  const fs::path dir = city_folder("celvane_search_city");
+  std::ofstream(dir / "search.script") << "menu File/Load terrain\nfile data/terrain.map\n"
+                                          "menu File/Load base stations\nfile data/bs.dtx\n"
+                                          "menu File/Load mobile users\nfile data/mu.drx\n"
+                                          "menu Run/Simple search algorithm\nok\n"
+                                          "menu File/Store assignment\nfile as.dat\n"
+                                          "menu Exit\n";
+  ASSERT_EQ(play_batch(dir, "search.script"), 0) << read_file(dir / "transcript.txt");
   const std::string transcript = read_file(dir / "transcript.txt");
   std::ifstream stored(dir / "as.dat");
   const StoredReport report = parse_report(stored);
@@ -57,14 +35,8 @@ TEST(SimpleSearchCity, StoredBestSetIsTheOptimumOfAllSubsetsAndMeetsTheLinkEquat
   ASSERT_EQ(p.tx_list.size(), 6);
   ASSERT_EQ(p.rx_list.size(), 30);
   tk::list<Trl_Tx> working;
-  int fixed = 0;
-  ASSERT_TRUE(p.compute_all(working, fixed, nullptr));
+  const std::vector<std::vector<double>> gain = computed_gains(p, working);
   const int m = working.size(), n = p.rx_list.size();
-  // Without fixed base stations the working order is the list order: positions are numbers.
-  std::vector<std::vector<double>> gain(m, std::vector<double>(n));
-  for (int k = 0; k < m; ++k)
-    for (int r = 0; r < n; ++r) gain[k][r] = p.assigner.path_gain(k, r);
-
   ASSERT_EQ(static_cast<int>(report.tx_up.size()), m);
   expect_link_equations(report, gain, p.rx_max_power, p.tx_max_power, p.tx_max_channel_power);
 

@@ -15,11 +15,16 @@
 #include "search/Trl_GaSearch.h"
 #include "support/ScriptedWindows.h"
 #include "support/WindowedPlanner.h"
-#include "toolkit/window.h"
 
 namespace {
 
 const char* all_found = "status:  Assignment with all base stations found.\n";
+
+// A user with the planner's figures.
+Trl_Rx user(const Trl_Planner& p, double x, double y, int number) {
+  return Trl_Rx(tk::d3_point(x, y, p.rx_height), number, p.ebno_down, p.ebno_up, p.rx_noise_factor, p.rx_max_power,
+                p.rx_min_power, p.rx_gain, p.rx_activity, p.rate_down, p.rate_up, 0);
+}
 
 // Base stations along a street every 400 m, with the simple law; each user stands 30 m from
 // the station of the same index modulo the station count.
@@ -29,10 +34,15 @@ void street(Trl_Planner& p, int stations, int users, std::vector<int> status = {
     p.tx_list.append(Trl_Tx(tk::d3_point(400.0 * k, 0, p.tx_height_ground), tk::string("BS%04d", k), k,
                             p.tx_max_power, p.tx_pilot_power, p.tx_max_channel_power, p.tx_gain, p.tx_noise_factor,
                             p.orthogonality, k < static_cast<int>(status.size()) ? status[k] : 0));
-  for (int r = 0; r < users; ++r)
-    p.rx_list.append(Trl_Rx(tk::d3_point(400.0 * (r % stations) + 30, 10.0 * r, p.rx_height), r, p.ebno_down,
-                            p.ebno_up, p.rx_noise_factor, p.rx_max_power, p.rx_min_power, p.rx_gain,
-                            p.rx_activity, p.rate_down, p.rate_up, 0));
+  for (int r = 0; r < users; ++r) p.rx_list.append(user(p, 400.0 * (r % stations) + 30, 10.0 * r, r));
+}
+
+// The best so far is a solved assignment: every user has a server among the stations in use.
+void expect_every_user_served(const Trl_Assignment& best) {
+  for (int r = 0; r < best.rx_count; ++r) {
+    ASSERT_GE(best.serving[r], 0);
+    EXPECT_LT(best.serving[r], best.used);
+  }
 }
 
 std::vector<int> statuses(const Trl_Planner& p) {
@@ -44,37 +54,33 @@ std::vector<int> statuses(const Trl_Planner& p) {
 }  // namespace
 
 TEST(SimpleSearchCommand, RefusalsLeaveThePlanAsItWas) {
-  {
+  struct Case {
+    int stations, users;
+    std::vector<int> status;
+    bool far_user;  // one more user 100 km away: no power reaches it
+    std::string said;
+    int kept;  // base stations in the assignment kept: 0 none, -1 not looked at
+  };
+  const Case cases[] = {
+      {0, 0, {}, false, "message: No base stations or mobile users. Nothing to do?\n", 0},
+      {2, 2, {}, true, "message: No assignment with all base stations possible.\n", -1},
+      // Every station fixed: the full set is computed and kept, the walk never starts.
+      {3, 6, {3, 3, 3}, false, std::string(all_found) + "message: All base stations are fixed. Nothing to do?\n", 3},
+  };
+  for (const Case& c : cases) {
     ScriptedWindows scripted("");
     WindowedPlanner w;
     Trl_Planner& p = w.p;
+    if (c.stations > 0) street(p, c.stations, c.users, c.status);
+    if (c.far_user) p.rx_list.append(user(p, 1e5, 0, c.users));
     p.simple_search_command();
-    EXPECT_EQ(scripted.transcript(), "message: No base stations or mobile users. Nothing to do?\n");
-    EXPECT_EQ(p.assignment, nullptr);
-  }
-  {
-    // A user 100 km away: no power reaches it.
-    ScriptedWindows scripted("");
-    WindowedPlanner w;
-    Trl_Planner& p = w.p;
-    street(p, 2, 2);
-    p.rx_list.append(Trl_Rx(tk::d3_point(1e5, 0, p.rx_height), 2, p.ebno_down, p.ebno_up, p.rx_noise_factor,
-                            p.rx_max_power, p.rx_min_power, p.rx_gain, p.rx_activity, p.rate_down, p.rate_up, 0));
-    p.simple_search_command();
-    EXPECT_EQ(scripted.transcript(), "message: No assignment with all base stations possible.\n");
-    EXPECT_EQ(statuses(p), (std::vector<int>{0, 0}));
-  }
-  {
-    // Every station fixed: the full set is computed and kept, the walk never starts.
-    ScriptedWindows scripted("");
-    WindowedPlanner w;
-    Trl_Planner& p = w.p;
-    street(p, 3, 6, {3, 3, 3});
-    p.simple_search_command();
-    EXPECT_EQ(scripted.transcript(), std::string(all_found) + "message: All base stations are fixed. Nothing to do?\n");
-    ASSERT_NE(p.assignment, nullptr);
-    EXPECT_EQ(p.assignment->used, 3);
-    EXPECT_EQ(statuses(p), (std::vector<int>{3, 3, 3}));
+    EXPECT_EQ(scripted.transcript(), c.said);
+    EXPECT_EQ(statuses(p), c.status.empty() ? std::vector<int>(c.stations, 0) : c.status);
+    if (c.kept == 0) { EXPECT_EQ(p.assignment, nullptr); }
+    if (c.kept > 0) {
+      ASSERT_NE(p.assignment, nullptr);
+      EXPECT_EQ(p.assignment->used, c.kept);
+    }
   }
 }
 
@@ -107,10 +113,7 @@ TEST(SimpleSearchCommand, GeneticSearchEndsWithTheBestSoFar) {
   EXPECT_NE(t.find("message: Best solution found so far: \\n\\red " + std::to_string(best.used) + " \\blue"),
             std::string::npos)
       << t;
-  for (int r = 0; r < best.rx_count; ++r) {
-    ASSERT_GE(best.serving[r], 0);
-    EXPECT_LT(best.serving[r], best.used);
-  }
+  expect_every_user_served(best);
 }
 
 TEST(SimpleSearchCommand, OptimumIsMarkedOnTheListWithTheFixedOnesKept) {
@@ -120,10 +123,7 @@ TEST(SimpleSearchCommand, OptimumIsMarkedOnTheListWithTheFixedOnesKept) {
   // Users only near stations 0 and 2 of four; station 3 is fixed, station 1 was marked by
   // an earlier search.
   street(p, 4, 0, {0, 1, 0, 3});
-  for (int r = 0; r < 8; ++r)
-    p.rx_list.append(Trl_Rx(tk::d3_point(r % 2 ? 830 : 30, 10.0 * r, p.rx_height), r, p.ebno_down, p.ebno_up,
-                            p.rx_noise_factor, p.rx_max_power, p.rx_min_power, p.rx_gain, p.rx_activity,
-                            p.rate_down, p.rate_up, 0));
+  for (int r = 0; r < 8; ++r) p.rx_list.append(user(p, r % 2 ? 830 : 30, 10.0 * r, r));
   p.max_stagnation = 0;  // no limit: the walk runs out and proves its best
   testing::internal::CaptureStdout();
   p.simple_search_command();
@@ -158,19 +158,10 @@ void search_command() { planner.simple_search_command(); }
 // The stop poll asks the program's one planner, as the menu command does.
 TEST(SimpleSearchCommand, StopThroughTheWindowEndsWithTheBestSoFar) {
   ScriptedWindows scripted("stop after 1\nmenu Search\nyes\n");
+  CommandOnBar bar("Search", search_command);
   Trl_Planner& p = planner;
-  p.create_window();
-  p.window->button("Search", search_command);
-  p.window->make_menu_bar(2);
-  p.window->display();
-  p.window->init(-100, 2000, -500);
   street(p, 6, 12);
-  tk::window* from = nullptr;
-  int value = 0;
-  double x = 0, y = 0;
-  testing::internal::CaptureStdout();
-  tk::read_event(from, value, x, y);
-  const std::string out = testing::internal::GetCapturedStdout();
+  const std::string out = bar.run();
   const std::string t = scripted.transcript();
   // One candidate was tried, then the question came once.
   const size_t asked = t.find("confirm: Do you want to stop the search? -> yes\n");
@@ -189,37 +180,18 @@ TEST(SimpleSearchCommand, StopThroughTheWindowEndsWithTheBestSoFar) {
     EXPECT_EQ(t.find("status:  Best assignment: ", first + 1), std::string::npos) << t;
     EXPECT_EQ(out, "power sum: " + [&] { std::ostringstream s; s << best.uplink_sum; return s.str(); }() + "\n");
   }
-  // The best so far is a solved assignment: every user has a server among the stations in use.
-  for (int r = 0; r < best.rx_count; ++r) {
-    ASSERT_GE(best.serving[r], 0);
-    EXPECT_LT(best.serving[r], best.used);
-    EXPECT_GT(best.rx_uplink[r], 0);
-  }
-  delete p.window;
-  p.window = nullptr;
-  delete p.assignment;
-  p.assignment = nullptr;
-  p.tx_list.clear();
-  p.rx_list.clear();
+  expect_every_user_served(best);
+  for (int r = 0; r < best.rx_count; ++r) EXPECT_GT(best.rx_uplink[r], 0);
 }
 
 TEST(SimpleSearchCommand, GeneticSearchStopsBetweenGenerations) {
   ScriptedWindows scripted("stop after 2\nmenu Search\nyes\n");
+  CommandOnBar bar("Search", search_command);
   Trl_Planner& p = planner;
-  p.create_window();
-  p.window->button("Search", search_command);
-  p.window->make_menu_bar(2);
-  p.window->display();
-  p.window->init(-100, 2000, -500);
   street(p, 6, 12);
   p.algorithm = 1;
   Trl_GaSearch::fix_seed(1);
-  tk::window* from = nullptr;
-  int value = 0;
-  double x = 0, y = 0;
-  testing::internal::CaptureStdout();
-  tk::read_event(from, value, x, y);
-  const std::string out = testing::internal::GetCapturedStdout();
+  const std::string out = bar.run();
   const std::string t = scripted.transcript();
   // The first poll comes before the first generation, the second after it; one question.
   EXPECT_EQ(t.find("confirm:"), t.rfind("confirm:")) << t;
@@ -228,16 +200,5 @@ TEST(SimpleSearchCommand, GeneticSearchStopsBetweenGenerations) {
             std::string::npos)
       << t;
   ASSERT_NE(p.assignment, nullptr);
-  const Trl_Assignment& best = *p.assignment;
-  for (int r = 0; r < best.rx_count; ++r) {
-    ASSERT_GE(best.serving[r], 0);
-    EXPECT_LT(best.serving[r], best.used);
-  }
-  p.algorithm = 0;
-  delete p.window;
-  p.window = nullptr;
-  delete p.assignment;
-  p.assignment = nullptr;
-  p.tx_list.clear();
-  p.rx_list.clear();
+  expect_every_user_served(*p.assignment);
 }

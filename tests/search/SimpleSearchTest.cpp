@@ -12,39 +12,21 @@
 #include <string>
 #include <vector>
 
-#include "network/Trl_Rx.h"
-#include "network/Trl_Tx.h"
-#include "propagation/Trl_Motorola.h"
-#include "search/Trl_Assigner.h"
 #include "search/Trl_Assignment.h"
 #include "search/Trl_HbbWalker.h"
 #include "search/Trl_SimpleSearch.h"
+#include "support/RandomPlan.h"
 
 namespace {
 
-struct Plan {
-  tk::list<Trl_Tx> tx;
-  tk::list<Trl_Rx> rx;
-  Trl_Assigner assigner;
-};
+using Plan = RandomPlan;
 
-// n base stations and m users spread over 3 km by 3 km by a seeded generator.
-void make_plan(Plan& plan, unsigned seed, int n, int m, bool validate_downlink, double rate) {
-  std::mt19937 random(seed);
-  std::uniform_real_distribution<double> coordinate(0, 3000);
-  for (int t = 0; t < n; ++t)
-    plan.tx.append(Trl_Tx(tk::d3_point(coordinate(random), coordinate(random), 30),
-                          tk::string("BS%04d", t), t, 20, 2, 1, std::pow(10.0, 0.9),
-                          std::pow(10.0, 0.5), 0.4, 0));
-  for (int r = 0; r < m; ++r)
-    plan.rx.append(Trl_Rx(tk::d3_point(coordinate(random), coordinate(random), 1.5), r,
-                          std::pow(10.0, 1.0), std::pow(10.0, 0.55), std::pow(10.0, 0.9),
-                          std::pow(10.0, -0.9), 1e-8, std::pow(10.0, -0.3), 0.66, rate, rate,
-                          0));
-  Trl_Assigner::parameters p;
-  p.validate_downlink = validate_downlink;
-  Trl_Motorola model(32.2, 35.1);
-  plan.assigner.prepare(plan.tx, plan.rx, p, model);
+// Every base station selected and solved, summed up when it solves.
+bool solve_full(Trl_Assignment& full, bool validate) {
+  full.select_all();
+  if (!full.solve(validate)) return false;
+  full.accumulate();
+  return true;
 }
 
 std::vector<int> members(const Trl_Assignment& a) {
@@ -197,13 +179,11 @@ TEST(SimpleSearch, AgreesWithAPlainLoopOverTheSameSubsets) {
   int searched = 0, ends[5] = {0};
   for (const Case& c : cases) {
     const std::string where = describe(c);
-    Plan plan;
-    make_plan(plan, c.seed, c.n, c.m, c.validate, 12.2);
+    Plan plan(c.seed, c.n, c.m, 0, c.validate);
     Trl_Assignment full(plan.assigner, c.kind, plan.tx);
     full.select_all();
     full.initial_servers();
-    if (!full.solve(c.validate)) continue;  // the command would end before the search
-    full.accumulate();
+    if (!solve_full(full, c.validate)) continue;  // the command would end before the search
     ++searched;
 
     Trl_Assignment best_search(full), best_plain(full);
@@ -244,12 +224,9 @@ TEST(SimpleSearch, AgreesWithAPlainLoopOverTheSameSubsets) {
 
 // With S = 31 the walk never starts: no candidate, no poll, result 3.
 TEST(SimpleSearch, LimitFromThirtyOneEndsAtOnceWithoutImprovement) {
-  Plan plan;
-  make_plan(plan, 7, 6, 20, true, 12.2);
+  Plan plan(7, 6, 20);
   Trl_Assignment full(plan.assigner, 1, plan.tx);
-  full.select_all();
-  ASSERT_TRUE(full.solve(true));
-  full.accumulate();
+  ASSERT_TRUE(solve_full(full, true));
   Trl_Assignment* current = &full;
   Trl_SimpleSearch search(&current, 31, true);
   int polls = 0;
@@ -265,12 +242,9 @@ TEST(SimpleSearch, LimitFromThirtyOneEndsAtOnceWithoutImprovement) {
 // A stop at the first poll: result 4 and the best is what it was, or the first candidate if
 // that one won.
 TEST(SimpleSearch, StopAtTheFirstPollEndsWithResultFour) {
-  Plan plan;
-  make_plan(plan, 11, 8, 30, true, 12.2);
+  Plan plan(11, 8, 30);
   Trl_Assignment full(plan.assigner, 0, plan.tx);
-  full.select_all();
-  ASSERT_TRUE(full.solve(true));
-  full.accumulate();
+  ASSERT_TRUE(solve_full(full, true));
   Trl_Assignment* current = &full;
   Trl_SimpleSearch search(&current, 7, true);
   std::vector<std::string> status;
@@ -300,19 +274,11 @@ TEST(SimpleSearch, EqualSizeAndPowerIsNoImprovement) {
   for (int kind : {0, 1}) {
     Plan plan;
     const double xs[] = {0, 400, 600};
-    for (int t = 0; t < 3; ++t)
-      plan.tx.append(Trl_Tx(tk::d3_point(xs[t], t == 0 ? 0 : 500, 30), tk::string("BS%04d", t),
-                            t, 20, 2, 1, std::pow(10.0, 0.9), std::pow(10.0, 0.5), 0.4, 0));
-    plan.rx.append(Trl_Rx(tk::d3_point(500, 500, 1.5), 0, std::pow(10.0, 1.0),
-                          std::pow(10.0, 0.55), std::pow(10.0, 0.9), std::pow(10.0, -0.9), 1e-8,
-                          std::pow(10.0, -0.3), 0.66, 12.2, 12.2, 0));
-    Trl_Assigner::parameters p;
-    Trl_Motorola model(32.2, 35.1);
-    plan.assigner.prepare(plan.tx, plan.rx, p, model);
+    for (int t = 0; t < 3; ++t) plan.tx.append(default_station(tk::d3_point(xs[t], t == 0 ? 0 : 500, 30), t));
+    plan.rx.append(default_user(tk::d3_point(500, 500, 1.5), 0));
+    plan.prepare();
     Trl_Assignment full(plan.assigner, kind, plan.tx);
-    full.select_all();
-    ASSERT_TRUE(full.solve(true));
-    full.accumulate();
+    ASSERT_TRUE(solve_full(full, true));
     Trl_Assignment* current = &full;
     Trl_SimpleSearch search(&current, 0, true);
     std::vector<std::string> status;

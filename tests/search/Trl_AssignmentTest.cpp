@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "network/Trl_Rx.h"
 #include "network/Trl_Tx.h"
@@ -24,18 +25,16 @@ Trl_Rx user(int number, double max_power) {
                 0);
 }
 
-// Two stations and three users on lossless links; the powers are set by hand.
+// Stations and users on lossless links, by default two stations and three users with the
+// limits 0.1, 0.2 and 0.5 W; the powers are set by hand.
 struct Fixture {
   tk::list<Trl_Tx> tx;
   tk::list<Trl_Rx> rx;
   Trl_Wang lossless{4, 1, 1};
   Trl_Assigner assigner;
-  Fixture() {
-    tx.append(station(0));
-    tx.append(station(1));
-    rx.append(user(0, 0.1));
-    rx.append(user(1, 0.2));
-    rx.append(user(2, 0.5));
+  explicit Fixture(int stations = 2, const std::vector<double>& limits = {0.1, 0.2, 0.5}) {
+    for (int k = 0; k < stations; ++k) tx.append(station(k));
+    for (size_t r = 0; r < limits.size(); ++r) rx.append(user(static_cast<int>(r), limits[r]));
     Trl_Assigner::parameters p;
     assigner.prepare(tx, rx, p, lossless);
   }
@@ -152,15 +151,8 @@ TEST(Trl_Assignment, CopyKeepsAssignerAndCounts) {
 
 TEST(Trl_Assignment, ReportOfATinyPlanWrittenByHand) {
   // One station, one user, lossless link, downlink figures set by hand.
-  tk::list<Trl_Tx> tx;
-  tk::list<Trl_Rx> rx;
-  tx.append(station(0));
-  rx.append(user(0, 0.125));
-  Trl_Wang lossless(4, 1, 1);
-  Trl_Assigner assigner;
-  Trl_Assigner::parameters p;
-  assigner.prepare(tx, rx, p, lossless);
-  Trl_Assignment a(assigner, Trl_Assignment::power_sum, tx);
+  Fixture f(1, {0.125});
+  Trl_Assignment a(f.assigner, Trl_Assignment::power_sum, f.tx);
   a.select_all();
   a.rx_uplink[0] = 0.001;    // 0 dBm
   a.rx_downlink[0] = 0.01;   // 10 dBm
@@ -190,17 +182,8 @@ TEST(Trl_Assignment, ReportOfATinyPlanWrittenByHand) {
 TEST(Trl_Assignment, ReportWithSixDigitsAndRowsNotNumbers) {
   // Two users on the second of two stations, downlink off: zeros come out as -inf dBm, and
   // the "tx assigned" column holds the row, not the station number.
-  tk::list<Trl_Tx> tx;
-  tk::list<Trl_Rx> rx;
-  tx.append(station(0));
-  tx.append(station(1));
-  rx.append(user(0, 0.125));
-  rx.append(user(1, 0.125));
-  Trl_Wang lossless(4, 1, 1);
-  Trl_Assigner assigner;
-  Trl_Assigner::parameters p;
-  assigner.prepare(tx, rx, p, lossless);
-  Trl_Assignment a(assigner, Trl_Assignment::power_sum, tx);
+  Fixture f(2, {0.125, 0.125});
+  Trl_Assignment a(f.assigner, Trl_Assignment::power_sum, f.tx);
   tk::list<int> second;
   second.append(1);
   a.select(second);
@@ -210,33 +193,29 @@ TEST(Trl_Assignment, ReportWithSixDigitsAndRowsNotNumbers) {
   a.accumulate();
   std::ostringstream out;
   out << a;
-  char line[200];
-  std::string expected;
-  expected += "# number of rx in input               : 2\n";
-  expected += "# number of tx in input               : 2\n";
-  expected += "# number of tx used in assignation    : 1\n";
-  std::snprintf(line, sizeof line, "# maximum rx uplink power             : %g [dBm]\n",
-                10 * std::log10(2e-3) + 30);
-  expected += line;
-  std::snprintf(line, sizeof line, "# minimum rx uplink power             : %g [dBm]\n",
-                10 * std::log10(1.23456789e-5) + 30);
-  expected += line;
-  std::snprintf(line, sizeof line, "# total transmitted rx uplink power   : %g [W]\n",
-                2e-3 + 1.23456789e-5);
-  expected += line;
-  expected += "# maximum rx downlink power           : -inf [dBm]\n";
-  expected += "# minimum rx downlink power           : -inf [dBm]\n";
-  expected += "# total transmitted rx downlink power : 0 [W]\n";
-  expected += "# -----------------------------------\n";
-  expected += "# rx number, tx assigned, rx uplink power [dBm], rx downlink power [dBm]\n";
-  std::snprintf(line, sizeof line, "0, 0, %g, -inf\n", 10 * std::log10(2e-3) + 30);
-  expected += line;
-  std::snprintf(line, sizeof line, "1, 0, %g, -inf\n", 10 * std::log10(1.23456789e-5) + 30);
-  expected += line;
-  expected += "# -----------------------------------\n";
-  expected += "# tx number, tx uplink power [W], tx downlink power [W]\n";
-  expected += "0, 0, 0\n";
-  std::snprintf(line, sizeof line, "1, %g, 0\n", 2e-3 + 1.23456789e-5);
-  expected += line;
+  const auto g = [](double v) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%g", v);
+    return std::string(text);
+  };
+  const std::string up0 = g(10 * std::log10(2e-3) + 30), up1 = g(10 * std::log10(1.23456789e-5) + 30);
+  const std::string expected =
+      "# number of rx in input               : 2\n"
+      "# number of tx in input               : 2\n"
+      "# number of tx used in assignation    : 1\n"
+      "# maximum rx uplink power             : " + up0 + " [dBm]\n"
+      "# minimum rx uplink power             : " + up1 + " [dBm]\n"
+      "# total transmitted rx uplink power   : " + g(2e-3 + 1.23456789e-5) + " [W]\n"
+      "# maximum rx downlink power           : -inf [dBm]\n"
+      "# minimum rx downlink power           : -inf [dBm]\n"
+      "# total transmitted rx downlink power : 0 [W]\n"
+      "# -----------------------------------\n"
+      "# rx number, tx assigned, rx uplink power [dBm], rx downlink power [dBm]\n"
+      "0, 0, " + up0 + ", -inf\n"
+      "1, 0, " + up1 + ", -inf\n"
+      "# -----------------------------------\n"
+      "# tx number, tx uplink power [W], tx downlink power [W]\n"
+      "0, 0, 0\n"
+      "1, " + g(2e-3 + 1.23456789e-5) + ", 0\n";
   EXPECT_EQ(out.str(), expected);
 }

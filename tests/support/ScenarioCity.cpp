@@ -25,3 +25,13 @@ void load_scenario_city(Trl_Planner& p, const std::string& folder) {
   ASSERT_TRUE(Trl_Rx::read_list(users, p.rx_template(), p.terrain, p.rx_list, p.rx_box_min, p.rx_box_max, ignored));
   EXPECT_EQ(ignored, 0);
 }
+
+std::vector<std::vector<double>> computed_gains(Trl_Planner& p, tk::list<Trl_Tx>& working) {
+  int fixed = 0;
+  EXPECT_TRUE(p.compute_all(working, fixed, nullptr));
+  const int m = working.size(), n = p.rx_list.size();
+  std::vector<std::vector<double>> gain(m, std::vector<double>(n));
+  for (int k = 0; k < m; ++k)
+    for (int r = 0; r < n; ++r) gain[k][r] = p.assigner.path_gain(k, r);
+  return gain;
+}

@@ -1,8 +1,15 @@
 // Test support: a planner of its own with a main window shown on the installed backend, with
 // x from x0 to x1 and y from y0. The planner leaves its window to the owner; this one frees it.
+// CommandOnBar does the same for the program's one planner, whose window the stop poll asks.
 #pragma once
 
+#include <string>
+
+#include <gtest/gtest.h>
+
 #include "app/Trl_Planner.h"
+#include "search/Trl_Assignment.h"
+#include "support/ScriptedWindows.h"
 #include "toolkit/window.h"
 
 struct WindowedPlanner {
@@ -17,5 +24,32 @@ struct WindowedPlanner {
   ~WindowedPlanner() {
     delete p.window;
     p.window = nullptr;
+  }
+};
+
+// The program's one planner with a bar of one command, which a script starts with
+// "menu NAME". The window, the assignment, the lists and the algorithm are put back after.
+struct CommandOnBar {
+  CommandOnBar(const char* name, void (*command)()) {
+    planner.create_window();
+    planner.window->button(name, command);
+    planner.window->make_menu_bar(2);
+    planner.window->display();
+    planner.window->init(-100, 2000, -500);
+  }
+  ~CommandOnBar() {
+    delete planner.window;
+    planner.window = nullptr;
+    delete planner.assignment;
+    planner.assignment = nullptr;
+    planner.tx_list.clear();
+    planner.rx_list.clear();
+    planner.algorithm = 0;
+  }
+  // Takes the next scripted event, which runs the command; returns its standard output.
+  std::string run() {
+    testing::internal::CaptureStdout();
+    next_event();
+    return testing::internal::GetCapturedStdout();
   }
 };

@@ -25,19 +25,11 @@ class ErrorPanelDeathTest : public testing::Test {
   void SetUp() override { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
 };
 
-TEST_F(ErrorPanelDeathTest, ExitEndsNormally) {
+// "exit" ends normally, "abort" abnormally; "ignore", and "continue" on a warning, return.
+TEST_F(ErrorPanelDeathTest, EachButtonEndsOrReturnsAsItSays) {
   EXPECT_EXIT(make_first_window_and_fail("press exit\n", 2), testing::ExitedWithCode(0), "");
-}
-
-TEST_F(ErrorPanelDeathTest, AbortEndsAbnormally) {
   EXPECT_DEATH(make_first_window_and_fail("press abort\n", 2), "");
-}
-
-TEST_F(ErrorPanelDeathTest, IgnoreReturnsToTheCaller) {
   EXPECT_EXIT(make_first_window_and_fail("press ignore\n", 2), testing::ExitedWithCode(7), "handler returned");
-}
-
-TEST_F(ErrorPanelDeathTest, WarningsOfferContinue) {
   EXPECT_EXIT(make_first_window_and_fail("press continue\n", 0), testing::ExitedWithCode(7), "handler returned");
 }
 

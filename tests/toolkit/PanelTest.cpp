@@ -26,17 +26,6 @@ TEST(Panel, ButtonsTakeTheNextFreeValueOrTheirOwn) {
   EXPECT_EQ(p.open(), 2);
 }
 
-TEST(Panel, TheProgramsDialogButtonsAreOkCancelReset) {
-  ScriptedWindows scripted("press Reset\npress Cancel\npress Ok\n");
-  tk::panel p("Heights");
-  p.fbutton("Ok");
-  p.button("Cancel");
-  p.button("Reset");
-  EXPECT_EQ(p.open(), 2);
-  EXPECT_EQ(p.open(), 1);
-  EXPECT_EQ(p.open(), 0);
-}
-
 TEST(Panel, APanelWithoutButtonsGetsContinueAndQuit) {
   ScriptedWindows scripted("press continue\npress continue\n");
   tk::panel p("plain");
@@ -49,24 +38,16 @@ TEST(Panel, APanelWithoutButtonsGetsContinueAndQuit) {
 }
 
 TEST(PanelDeathTest, QuitEndsTheProcess) {
-  EXPECT_EXIT(
-      {
-        ScriptedWindows scripted("press quit\n");
-        tk::panel p("plain");
-        p.open();
-        std::exit(5);
-      },
-      testing::ExitedWithCode(0), "");
   // Also at a later opening of the same panel.
-  EXPECT_EXIT(
-      {
-        ScriptedWindows scripted("press continue\npress quit\n");
-        tk::panel p("plain");
-        p.open();
-        p.open();
-        std::exit(5);
-      },
-      testing::ExitedWithCode(0), "");
+  for (const char* script : {"press quit\n", "press continue\npress quit\n"})
+    EXPECT_EXIT(
+        {
+          ScriptedWindows scripted(script);
+          tk::panel p("plain");
+          for (int i = 0; i < 2; ++i) p.open();
+          std::exit(5);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 TEST(PanelDeathTest, AQuitButtonOfTheProgramsOwnIsAnOrdinaryButton) {
@@ -191,16 +172,6 @@ TEST(Panel, NewChoicesOfAnOpenPanelAreShownAtOnce) {
     EXPECT_EQ(directory, tk::string("C:\\plan\\"));
   }
   tk::set_backend(nullptr);
-}
-
-TEST(Panel, AcknowledgeAndConfirmAreBoxesWithTheirButtons) {
-  ScriptedWindows scripted("yes\nno\n");
-  tk::window w(100, 100, "plan");
-  w.acknowledge("Loaded.");
-  EXPECT_TRUE(w.confirm("Do you want to stop the search?"));
-  EXPECT_FALSE(w.confirm("Again?"));
-  EXPECT_EQ(scripted.transcript(),
-            "message: Loaded.\nconfirm: Do you want to stop the search? -> yes\nconfirm: Again? -> no\n");
 }
 
 // Keeps the last box the backend was asked to run.

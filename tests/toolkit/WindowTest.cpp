@@ -69,20 +69,13 @@ TEST(Window, InitClearsTheWindow) {
 }
 
 TEST(WindowDeathTest, InitRefusesAnEmptyRange) {
-  EXPECT_DEATH(
-      {
-        ScriptedWindows scripted("");
-        tk::window w(600, 600, "plan");
-        w.init(5, 5, 0);
-      },
-      "illegal arguments in W.init: x0 \\(5.000000\\) >= x1 \\(5.000000\\)");
-  EXPECT_DEATH(
-      {
-        ScriptedWindows scripted("");
-        tk::window w(600, 600, "plan");
-        w.init(7.5, -1, 0);
-      },
-      "x0 \\(7.500000\\) >= x1 \\(-1.000000\\)");
+  const auto init = [](double x0, double x1) {
+    ScriptedWindows scripted("");
+    tk::window w(600, 600, "plan");
+    w.init(x0, x1, 0);
+  };
+  EXPECT_DEATH(init(5, 5), "illegal arguments in W.init: x0 \\(5.000000\\) >= x1 \\(5.000000\\)");
+  EXPECT_DEATH(init(7.5, -1), "x0 \\(7.500000\\) >= x1 \\(-1.000000\\)");
 }
 
 TEST(Window, DrawingReachesTheBackendInPixels) {
