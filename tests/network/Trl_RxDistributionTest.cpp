@@ -56,6 +56,36 @@ TEST(GridDistribution, RefusesBadFiles) {
   EXPECT_FALSE(valid("ncols 2 nrows 2 xllcorner 0 yllcorner 0 cellsize 1 NODATA_value 0 1 2 3"));  // one short
   EXPECT_FALSE(valid("ncols 2 nrows 2 yllcorner 0 xllcorner 0 cellsize 1 NODATA_value 0 1 2 3 4"));
   EXPECT_FALSE(valid(""));
+  // A header that promises more cells than the file holds is refused without making them.
+  EXPECT_FALSE(valid("ncols 65535 nrows 65535 xllcorner 0 yllcorner 0 cellsize 1 NODATA_value 0 1 2 3"));
+}
+
+TEST(GridDistribution, ACountBeyondSixteenBitsFailsTheRead) {
+  const struct {
+    const char* count;
+    bool valid;
+  } cases[] = {{"65535", true}, {"65536", false}, {"65636", false}, {"70000", false}, {"-1", false}};
+  for (const auto& c : cases) {
+    Trl_RxGridDistribution* d =
+        grid(std::string("ncols 2 nrows 2 xllcorner 0 yllcorner 0 cellsize 1 NODATA_value 0 1 2 3 ") + c.count);
+    EXPECT_EQ(d->valid, c.valid) << c.count;
+    if (d->valid) EXPECT_EQ(d->high, 65535);
+    d->unref();
+  }
+}
+
+TEST(Distributions, TotalsPastTheIntRangeStopAtTheLargestInt) {
+  std::string text = "ncols 200 nrows 200 xllcorner 0 yllcorner 0 cellsize 1 NODATA_value 0\n";
+  for (int k = 0; k < 200 * 200; ++k) text += "65535 ";
+  Trl_RxGridDistribution* g = grid(text);
+  ASSERT_TRUE(g->valid);
+  EXPECT_EQ(g->total, 2147483647);
+  g->unref();
+  Trl_RxPolyDistribution* p =
+      polygons("2 4 0 0 10 0 10 10 0 10 2147483647 4 20 0 30 0 30 10 20 10 2147483647");
+  ASSERT_TRUE(p->valid);
+  EXPECT_EQ(p->total, 2147483647);
+  p->unref();
 }
 
 TEST(GridDistribution, SamplingPutsUsersInTheirCellsAtTheirShare) {

@@ -107,6 +107,32 @@ TEST_F(RasterFolder, MappedMatrixRefusesBadFilesWithoutReadingPastThem) {
   EXPECT_FALSE(valid(path("magic.map")));
 }
 
+TEST_F(RasterFolder, MappedMatrixRefusesShapesBeyondThirtyTwoBits) {
+  // Each header is followed by one page of tiles; none of these shapes may be mapped.
+  const struct {
+    const char* rows;
+    const char* columns;
+  } shapes[] = {
+      {"32768", "65536"},       // 2^20 tiles: the file size wraps to one page in 32 bits
+      {"100000", "100000"},     // 20 GB of tiles
+      {"4294967298", "2"},      // 2 in its low 32 bits
+  };
+  for (const auto& s : shapes) {
+    std::string bytes = std::string(Trl_MappedMatrixT<short, double>::magic) + "\nfilesize           0\npagesize        4096" +
+                        "\nentrysize          2\nrows      " + s.rows + "\ncolumns   " + s.columns + "\n" + tail;
+    bytes.resize(8192, '\0');
+    write_text(path("big.map"), bytes);
+    testing::internal::CaptureStdout();
+    Trl_MappedMatrixT<short, double> m(path("big.map"), 0, 0);
+    testing::internal::GetCapturedStdout();
+    EXPECT_FALSE(m.valid) << s.rows << " by " << s.columns;
+  }
+  // Nor is such a file made.
+  Trl_MappedMatrixT<short, double> made(path("new.map"), 32768, 65536);
+  EXPECT_FALSE(made.valid);
+  EXPECT_FALSE(fs::exists(path("new.map")));
+}
+
 TEST_F(RasterFolder, WindowsLineEndsAreDetectedOneByteLate) {
   // The reader looks at offsets 54 and 55; a file with "\r\n" behind the magic has them at 53
   // and 54, so it is taken as Unix format, as the format has always been read.
@@ -211,6 +237,14 @@ TEST(Clutter, TheBackwardFinishOfLongRowsKeepsItsQuirks) {
   for (int x = 0; x < 14; ++x) EXPECT_EQ(s.built(x, 0), (x / 2) % 2 == 0) << x;
 }
 
+TEST(Clutter, ARunLengthBeyondSixteenBitsIsNotTakenModulo65536) {
+  // 65537 would be a run of 1; it fails the read instead, and the row ends in its first value.
+  std::istringstream in("# run length coded urban cluttering, (C) 2001, Tarnwick Radio Labs\n0 0 5\n1 6\n1 65537 5\n");
+  Trl_Clutter c(in);
+  ASSERT_TRUE(c.valid);
+  for (int x = 0; x < 6; ++x) EXPECT_TRUE(c.built(x, 0)) << x;
+}
+
 TEST(Clutter, BadFirstLineIsNotAClutter) {
   std::istringstream in("# something else\n0 0 1\n1 1\n0 1\n");
   Trl_Clutter c(in);
@@ -298,6 +332,22 @@ TEST_F(TerrainFolder, MissingOrMisfitClutterLeavesNoTerrain) {
   write_map(path("far.map"), 10, 10, pattern, "xlc 0 ylc 0 gridsize 5 minimum 0 maximum 999");
   write_urb("far.urb", 1000, 0, 5, 10, 10);
   t.load(drive_path("far.map"), say());
+  EXPECT_FALSE(t.loaded());
+  EXPECT_EQ(said, (std::vector<std::string>{"Terrain and clutter do not overlap."}));
+
+  // Rasters too far apart for a shift in int cells, and rasters of spacing 0, share no cell.
+  for (double x0 : {1e300, -1e300}) {
+    said.clear();
+    write_urb("huge.urb", x0, 0, 5, 10, 10);
+    write_map(path("huge.map"), 10, 10, pattern, "xlc 0 ylc 0 gridsize 5 minimum 0 maximum 999");
+    t.load(drive_path("huge.map"), say());
+    EXPECT_FALSE(t.loaded());
+    EXPECT_EQ(said, (std::vector<std::string>{"Terrain and clutter do not overlap."}));
+  }
+  said.clear();
+  write_map(path("flat.map"), 10, 10, pattern, "xlc 0 ylc 0 gridsize 0 minimum 0 maximum 999");
+  write_urb("flat.urb", 0, 0, 0, 10, 10);
+  t.load(drive_path("flat.map"), say());
   EXPECT_FALSE(t.loaded());
   EXPECT_EQ(said, (std::vector<std::string>{"Terrain and clutter do not overlap."}));
 

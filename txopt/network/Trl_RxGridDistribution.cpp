@@ -1,6 +1,9 @@
 #include "network/Trl_RxGridDistribution.h"
 
+#include <algorithm>
+#include <climits>
 #include <string>
+#include <vector>
 
 #include "network/Trl_RandomRegion.h"
 #include "network/Trl_DistributionWindow.h"
@@ -11,6 +14,15 @@ namespace {
 bool keyword(std::istream& in, const char* word) {
   std::string token;
   return static_cast<bool>(in >> token) && token == word;
+}
+
+// A count is an unsigned 16-bit number: a negative one, or one past 65535, fails the read
+// like a token that is no number, rather than being kept modulo 65536.
+bool read_count(std::istream& in, unsigned short& count) {
+  long long value = 0;
+  if (!(in >> value) || value < 0 || value > 65535) return false;
+  count = static_cast<unsigned short>(value);
+  return true;
 }
 }  // namespace
 
@@ -23,16 +35,24 @@ Trl_RxGridDistribution::Trl_RxGridDistribution(std::istream& in) : matrix(nullpt
       !keyword(in, "cellsize") || !(in >> cell) || !keyword(in, "NODATA_value") || !(in >> nodata))
     return;
   if (columns < 2 || rows < 2 || !(cell > 0) || columns > 65535 || rows > 65535) return;
+  // The counts are read before the matrix is made, so a header that promises more cells than
+  // the file holds costs no more memory than the file itself.
+  const std::size_t cells = static_cast<std::size_t>(columns) * rows;
+  std::vector<unsigned short> counts;
+  counts.reserve(std::min<std::size_t>(cells, 1 << 16));
+  while (counts.size() < cells) {
+    unsigned short value = 0;
+    if (!read_count(in, value)) return;
+    counts.push_back(value);
+  }
   grid = Trl_Grid(columns, rows, x0, y0, x0 + (columns - 1) * cell, y0 + (rows - 1) * cell, 1.0);
   matrix = new Trl_MatrixT<unsigned short, double>(rows, columns);
   // The first value is cell (0, 0) and the column runs fastest.
-  for (unsigned k = 0; k < matrix->size; ++k) {
-    unsigned value = 0;
-    if (!(in >> value)) return;
-    matrix->data[k] = static_cast<unsigned short>(value);
-  }
+  std::copy(counts.begin(), counts.end(), matrix->data);
   matrix->min_max(low, high);
-  total = static_cast<int>(matrix->sum());
+  // The sum of 65535 in each of many cells passes the largest int: it stops there.
+  const double sum = matrix->sum();
+  total = sum < static_cast<double>(INT_MAX) ? static_cast<int>(sum) : INT_MAX;
   valid = true;
 }
 

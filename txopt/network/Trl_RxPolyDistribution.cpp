@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <climits>
 
 #include "network/Trl_DistributionWindow.h"
 #include "network/Trl_RandomRegion.h"
@@ -11,6 +12,7 @@
 Trl_RxPolyDistribution::Trl_RxPolyDistribution(std::istream& in)
     : low_corner(DBL_MAX, DBL_MAX), high_corner(-DBL_MAX, -DBL_MAX) {
   int count = 0;
+  long long sum = 0;
   if (!(in >> count) || count <= 0) return;
   for (int p = 0; p < count; ++p) {
     int m = 0;
@@ -29,7 +31,9 @@ Trl_RxPolyDistribution::Trl_RxPolyDistribution(std::istream& in)
     if (!(in >> v) || v < 0) return;
     high = std::max(high, static_cast<unsigned>(v));
     low = std::min(low, static_cast<unsigned>(v));
-    total += v;
+    // Counts near the int range add up past it: the total stops at the largest int.
+    sum += v;
+    total = sum < INT_MAX ? static_cast<int>(sum) : INT_MAX;
     polygons.append(shape);
     values.append(v);
   }

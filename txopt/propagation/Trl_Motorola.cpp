@@ -11,8 +11,10 @@
 // library, libmvec.
 extern "C" __m128d _ZGVbN2v_exp(__m128d);
 extern "C" __m128d _ZGVbN2v_log(__m128d);
-extern "C" __m256d _ZGVdN4v_exp(__m256d);
-extern "C" __m256d _ZGVdN4v_log(__m256d);
+// The four-lane ones take AVX registers, so they are declared for AVX2 like their caller
+// (clang refuses the call otherwise).
+extern "C" __attribute__((target("avx2"))) __m256d _ZGVdN4v_exp(__m256d);
+extern "C" __attribute__((target("avx2"))) __m256d _ZGVdN4v_log(__m256d);
 
 namespace {
 

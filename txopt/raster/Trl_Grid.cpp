@@ -1,6 +1,7 @@
 #include "raster/Trl_Grid.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstdlib>
 
@@ -52,16 +53,31 @@ bool Trl_Grid::intersect(const Trl_Grid& other, Trl_Grid& result) const {
   if (other.x1 < x0 || x1 < other.x0 || other.y1 < y0 || y1 < other.y0) return false;
   double near_x = std::max(x0, other.x0), near_y = std::max(y0, other.y0);
   double far_x = std::min(x1, other.x1), far_y = std::min(y1, other.y1);
-  std::uint32_t new_nx = static_cast<std::uint32_t>(std::floor((far_x - near_x) / dx + 0.5)) + 1;
-  std::uint32_t new_ny = static_cast<std::uint32_t>(std::floor((far_y - near_y) / dy + 0.5)) + 1;
+  // A spacing of 0 or below (height files do not check theirs) gives no count of cells:
+  // such rasters have no common cells rather than a count converted out of range.
+  const double across = std::floor((far_x - near_x) / dx + 0.5), down = std::floor((far_y - near_y) / dy + 0.5);
+  if (!(across >= 0 && across < UINT32_MAX && down >= 0 && down < UINT32_MAX)) return false;
+  std::uint32_t new_nx = static_cast<std::uint32_t>(across) + 1;
+  std::uint32_t new_ny = static_cast<std::uint32_t>(down) + 1;
   result = from_spacing(near_x, near_y, dx, dy, new_nx, new_ny, dz);
   return true;
 }
 
+namespace {
+// A shift in cells as an int; rasters so far apart that it does not fit stop at the int
+// range, where they cannot overlap, instead of converting out of range.
+int cells_between(double a, double b, double spacing) {
+  const double cells = std::trunc((a - b) / spacing);
+  if (!(cells > INT_MIN)) return INT_MIN;
+  if (!(cells < INT_MAX)) return INT_MAX;
+  return static_cast<int>(cells);
+}
+}  // namespace
+
 bool Trl_Grid::offset_to(const Trl_Grid& other, int& di, int& dj) const {
   if (dx != other.dx || dy != other.dy) return false;
-  di = static_cast<int>(std::trunc((x0 - other.x0) / dx));
-  dj = static_cast<int>(std::trunc((y0 - other.y0) / dy));
+  di = cells_between(x0, other.x0, dx);
+  dj = cells_between(y0, other.y0, dy);
   return true;
 }
 

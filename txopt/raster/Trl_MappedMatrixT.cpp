@@ -1,5 +1,6 @@
 #include "raster/Trl_MappedMatrixT.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <iostream>
@@ -31,6 +32,15 @@ Trl_MappedMatrixT<T, S>::~Trl_MappedMatrixT() {
   if (stream.is_open()) stream.close();
 }
 
+// Whether a matrix of this shape has a file size that the 32-bit header and entry indices
+// can hold; larger shapes are refused before anything is mapped or written.
+template <class T, class S>
+bool Trl_MappedMatrixT<T, S>::fits(std::uint64_t rows, std::uint64_t columns) {
+  if (rows > UINT32_MAX || columns > UINT32_MAX) return false;
+  const std::uint64_t tiles = ((columns + 63) / 64) * ((rows + 31) / 32);
+  return tiles * page_size + page_size <= UINT32_MAX;
+}
+
 template <class T, class S>
 void Trl_MappedMatrixT<T, S>::set_shape(std::uint32_t rows, std::uint32_t columns) {
   this->rows = rows;
@@ -54,10 +64,12 @@ bool Trl_MappedMatrixT<T, S>::read_existing(std::uint32_t wanted_rows, std::uint
     stream.close();
     return false;
   }
-  unsigned stored_size = 0, page_value = 0, entry_size = 0, rows = 0, columns = 0;
-  int fields = std::sscanf(page + 53, " %*10s %u %*10s %u %*10s %u %*10s %u %*10s %u", &stored_size, &page_value,
-                           &entry_size, &rows, &columns);
-  if (fields != 5 || page_value != 4096 || entry_size != 2 || rows == 0 || columns == 0) {
+  // Read wide so that a value past 32 bits is refused rather than cut to its low bits.
+  unsigned long long stored_size = 0, page_value = 0, entry_size = 0, rows = 0, columns = 0;
+  int fields = std::sscanf(page + 53, " %*10s %llu %*10s %llu %*10s %llu %*10s %llu %*10s %llu", &stored_size,
+                           &page_value, &entry_size, &rows, &columns);
+  if (fields != 5 || page_value != 4096 || entry_size != 2 || rows == 0 || columns == 0 ||
+      stored_size > UINT32_MAX || !fits(rows, columns)) {
     stream.close();
     return false;
   }
@@ -72,7 +84,7 @@ bool Trl_MappedMatrixT<T, S>::read_existing(std::uint32_t wanted_rows, std::uint
     std::cout << "Unix format\n";
     header_length = 53 + 106;
   }
-  set_shape(rows, columns);
+  set_shape(static_cast<std::uint32_t>(rows), static_cast<std::uint32_t>(columns));
   if (stored_size != 0 && stored_size != file_size) {
     stream.close();
     return false;
@@ -105,6 +117,7 @@ bool Trl_MappedMatrixT<T, S>::map_file() {
 template <class T, class S>
 bool Trl_MappedMatrixT<T, S>::create(std::uint32_t rows, std::uint32_t columns) {
   stream.clear();
+  if (!fits(rows, columns)) return false;
   // Refuse to overwrite a file that appeared in the meantime.
   if (std::FILE* existing = std::fopen(file_name.c_str(), "rb")) {
     std::fclose(existing);

@@ -61,6 +61,7 @@ class Trl_MappedMatrixT : public Trl_MatrixT<T, S> {
  private:
   bool read_existing(std::uint32_t wanted_rows, std::uint32_t wanted_columns);
   bool create(std::uint32_t wanted_rows, std::uint32_t wanted_columns);
+  static bool fits(std::uint64_t rows, std::uint64_t columns);
   void set_shape(std::uint32_t rows, std::uint32_t columns);
   bool map_file();
 };

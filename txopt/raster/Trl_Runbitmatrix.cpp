@@ -34,7 +34,9 @@ void Trl_Runbitrow::read(std::istream& in, std::uint16_t columns) {
       ends = wider;
       capacity = static_cast<std::uint16_t>(capacity * 2);
     }
-    unsigned length = 0;
+    // A length is an unsigned 16-bit number; one that does not fit fails the stream, which
+    // ends the row, instead of being kept modulo 65536.
+    std::uint16_t length = 0;
     in >> length;
     if (!in) length = columns;
     std::uint16_t end = static_cast<std::uint16_t>(length);
