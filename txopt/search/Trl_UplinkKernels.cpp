@@ -20,8 +20,14 @@ bool Trl_UplinkKernels::available() {
 }
 
 // Everything below is built for AVX2 without FMA (the build forbids contraction anyway).
+// The kernels below are compiled for AVX2 (and chosen at run time); clang, which builds the
+// fuzz targets, takes the same as a function attribute.
+#if defined(__clang__)
+#pragma clang attribute push(__attribute__((target("avx2"))), apply_to = function)
+#else
 #pragma GCC push_options
 #pragma GCC target("avx2")
+#endif
 
 namespace {
 
@@ -200,4 +206,8 @@ void Trl_UplinkKernels::in_sequence(const rows& R, const users& U, double* runni
   }
 }
 
+#if defined(__clang__)
+#pragma clang attribute pop
+#else
 #pragma GCC pop_options
+#endif
