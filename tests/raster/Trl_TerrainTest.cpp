@@ -2,6 +2,7 @@
 #include "support/TestFolder.h"
 
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <vector>
 
@@ -235,6 +236,27 @@ TEST(Clutter, TheBackwardFinishOfLongRowsKeepsItsQuirks) {
   Trl_Clutter s(seven);
   ASSERT_TRUE(s.valid);
   for (int x = 0; x < 14; ++x) EXPECT_EQ(s.built(x, 0), (x / 2) % 2 == 0) << x;
+}
+
+TEST(Clutter, TheBinaryStepsOfAVeryLongRowStayOnItsRuns) {
+  // 514 runs of one cell, the first set: the halving steps would reach run -1 for column 0
+  // and run 515 for column 513; they stop at the first and the last run.
+  std::string row = "1";
+  for (int k = 0; k < 514; ++k) row += " 1";
+  std::istringstream in("# run length coded urban cluttering, (C) 2001, Tarnwick Radio Labs\n0 0 1\n1 514\n" + row + "\n");
+  Trl_Clutter c(in);
+  ASSERT_TRUE(c.valid);
+  EXPECT_TRUE(c.built(0, 0));
+  EXPECT_FALSE(c.built(513, 0));
+  // The file the fuzzer found: every cell answers without a read outside its row (the
+  // sanitizer build checks that).
+  std::ifstream found(std::string(CELVANE_SOURCE_DIR) + "/tests/raster/regressions/long_row_walk.urb");
+  Trl_Clutter f(found);
+  ASSERT_TRUE(f.valid);
+  int built = 0;
+  for (std::uint32_t r = 0; r < f.rows; ++r)
+    for (std::uint32_t x = 0; x < f.columns; ++x) built += f.built(static_cast<int>(x), static_cast<int>(r));
+  EXPECT_GT(built, 0);
 }
 
 TEST(Clutter, ARunLengthBeyondSixteenBitsIsNotTakenModulo65536) {

@@ -1,5 +1,6 @@
 #include "raster/Trl_Runbitmatrix.h"
 
+#include <algorithm>
 #include <cstring>
 
 Trl_Runbitrow::~Trl_Runbitrow() {
@@ -59,6 +60,9 @@ bool Trl_Runbitrow::get(std::uint16_t x) const {
   bool forward = true;
   while (step >= 4) {
     p += forward ? step : -step;
+    // The rounded-up halving overshoots in rows of some 500 runs or more; the walk stays on
+    // the row's own runs instead of reading before or past them.
+    p = std::clamp(p, 0, static_cast<int>(last));
     step = (step + 1) / 2;
     if (ends[p] <= x) {
       forward = true;
