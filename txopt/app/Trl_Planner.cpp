@@ -600,27 +600,16 @@ void Trl_Planner::set_best_set_parameters() {
     d.test([&] { return overlaps_terrain(r->xmin, r->ymin, r->xmax, r->ymax); },
            "Terrain does not overlap selected region.");
   if (!d.run(*this)) return;
-  drop_assignment();
-  if (distributed) {
-    sample_distribution();
-  } else {
-    rx_box_min = tk::point(rx_region.xmin, rx_region.ymin);
-    rx_box_max = tk::point(rx_region.xmax, rx_region.ymax);
-    rx_list.clear();
-    Trl_Rx::generate(rx_list, rx_template(), rx_region, only_in_street, terrain);
-  }
+  // The users the search starts from, drawn as it draws every further sample.
+  generate_users();
 }
 
 int Trl_Planner::generate_users() {
   drop_assignment();
-  if (distribution) {
+  if (distribution)
     sample_distribution();
-  } else {
-    rx_list.clear();
-    Trl_Rx::generate(rx_list, rx_template(), rx_region, only_in_street, terrain);
-    rx_box_min = tk::point(rx_region.xmin, rx_region.ymin);
-    rx_box_max = tk::point(rx_region.xmax, rx_region.ymax);
-  }
+  else
+    draw_uniform_users(only_in_street);
   return rx_list.size();
 }
 
@@ -672,11 +661,16 @@ void Trl_Planner::generate_uniform_rx() {
   d.test([&] { return overlaps_terrain(r.xmin, r.ymin, r.xmax, r.ymax); }, "Terrain does not overlap selected region.");
   if (!d.run(*this)) return;
   drop_assignment();
+  show_status(" Computing mobile user distribution.");
+  draw_uniform_users(streets);
+}
+
+// rx_list made anew uniformly in rx_region; the users' box is the region, not the users'.
+void Trl_Planner::draw_uniform_users(bool streets_only) {
   rx_box_min = tk::point(rx_region.xmin, rx_region.ymin);
   rx_box_max = tk::point(rx_region.xmax, rx_region.ymax);
-  show_status(" Computing mobile user distribution.");
   rx_list.clear();
-  Trl_Rx::generate(rx_list, rx_template(), rx_region, streets, terrain);
+  Trl_Rx::generate(rx_list, rx_template(), rx_region, streets_only, terrain);
 }
 
 void Trl_Planner::generate_distributed_rx() {

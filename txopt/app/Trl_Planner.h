@@ -172,6 +172,8 @@ class Trl_Planner {
   // Fills rx_list from the distribution with `activation` and `only_in_street`, and sets the
   // users' box to the distribution's.
   void sample_distribution();
+  // Fills rx_list uniformly from rx_region, in streets only when asked; the box is the region.
+  void draw_uniform_users(bool streets_only);
   // A fresh sample of users for the best-set search: from the distribution when one is
   // loaded, else uniform in rx_region; the assignment goes. Returns the number of users.
   int generate_users();
