@@ -117,6 +117,13 @@ void Trl_Assigner::prepare(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_R
   else
     fill_path_gains(tx_list, rx_list, model);
   fill_targets_and_noise(tx_list, rx_list, settings);
+  gains_normal = true;
+  for (int k = 0; k < tx_count; ++k) {
+    const double* g = path_gain.row(k);
+    bool row_normal = true;
+    for (int r = 0; r < rx_count; ++r) row_normal &= g[r] >= 0x1p-1020 && g[r] <= 0x1p1020;
+    gains_normal &= row_normal;
+  }
 }
 
 void Trl_Assigner::make_tables(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
@@ -419,7 +426,7 @@ bool Trl_Assigner::iterate(int used, Trl_RunningStats* stats) {
     if (sweeps >= max_iterations) return false;
     ++sweeps;
     if (in_sequence) sweep_in_sequence(used);
-    else sweep_simultaneous(used);
+    else sweep_simultaneous(used, sweeps > 1 || !from_above);
     // From below the powers only rise, so a user over its limit stays there; from above
     // they only fall, so the iteration goes on.
     if (over_limit()) {
@@ -434,7 +441,7 @@ bool Trl_Assigner::iterate(int used, Trl_RunningStats* stats) {
 }
 
 Trl_UplinkKernels::rows Trl_Assigner::selected_rows(int used) const {
-  return Trl_UplinkKernels::rows{gain_rows.data(), row_noise.data(), used, rx_count};
+  return Trl_UplinkKernels::rows{gain_rows.data(), row_noise.data(), used, rx_count, gains_normal};
 }
 
 Trl_UplinkKernels::users Trl_Assigner::user_columns() {
@@ -444,7 +451,7 @@ Trl_UplinkKernels::users Trl_Assigner::user_columns() {
 // Each user starts at the power it would need alone at its best row.
 void Trl_Assigner::start_from_below(int used) {
   if (Trl_UplinkKernels::available()) {
-    Trl_UplinkKernels::least_alone(selected_rows(used), gamma_up.data(), power.data());
+    wide.least_alone(selected_rows(used), gamma_up.data(), power.data());
     return;
   }
   for (int r = 0; r < rx_count; ++r) {
@@ -512,12 +519,13 @@ void improve_by_row(int n, double total, double noise, double row, const double*
 // Every user takes the row that needs the least power, given the powers before the sweep.
 // Rows run from the last to the first and replace only on a strict improvement, so among
 // equal rows the higher one keeps the user. Users are independent within a row.
-void Trl_Assigner::sweep_simultaneous(int used) {
+// `continuing`: the powers are those the last sweep or the start from below left.
+void Trl_Assigner::sweep_simultaneous(int used, bool continuing) {
   const int n = rx_count;
   std::copy(power.begin(), power.end(), previous.begin());
   std::fill(power.begin(), power.end(), largest);
   if (Trl_UplinkKernels::available()) {
-    Trl_UplinkKernels::simultaneous(selected_rows(used), user_columns(), previous.data(), power.data());
+    wide.simultaneous(selected_rows(used), user_columns(), previous.data(), continuing, power.data());
     return;
   }
   for (int c = used - 1; c >= 0; --c) {
@@ -570,6 +578,7 @@ bool Trl_Assigner::over_limit() const {
 }
 
 double Trl_Assigner::worst_change() const {
+  if (Trl_UplinkKernels::available()) return Trl_UplinkKernels::largest_change(power.data(), previous.data(), rx_count);
   double worst = 0;
   for (int r = 0; r < rx_count; ++r) {
     const double up = power[r] / previous[r];

@@ -137,7 +137,7 @@ class Trl_Assigner {
   bool iterate(int used, Trl_RunningStats* stats);
   void start_from_below(int used);
   void start_from_above();
-  void sweep_simultaneous(int used);
+  void sweep_simultaneous(int used, bool continuing);
   void sweep_in_sequence(int used);
   bool over_limit() const;
   double worst_change() const;
@@ -156,7 +156,8 @@ class Trl_Assigner {
   std::vector<double> running;    // rx: the running vector of the in-sequence sweep
   std::vector<double> interference;  // per row: I[c]
   std::vector<double> server;     // rx: noted server row, kept as a double for the vector blend
-  Trl_UplinkKernels wide;         // the sweeps four doubles at a time, where the processor can
+  bool gains_normal = false;     // every gain in [2^-1020, 2^1020] (see Trl_UplinkKernels)
+  Trl_UplinkKernels wide;         // the sweeps four or eight doubles at a time, where the processor can
   // Downlink step: the rows that serve somebody and their linear system, b in its last
   // column. Kept between calls so that a search allocates nothing per candidate.
   std::vector<int> position_of;   // per row: position in the system, -1 when serving nobody

@@ -3,6 +3,7 @@
 #include <immintrin.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 
 namespace {
@@ -13,15 +14,22 @@ const double infinity = std::numeric_limits<double>::infinity();
 }  // namespace
 
 bool Trl_UplinkKernels::enabled = true;
+bool Trl_UplinkKernels::eight_lanes_enabled = true;
 
 bool Trl_UplinkKernels::available() {
   static const bool avx2 = __builtin_cpu_supports("avx2");
   return enabled && avx2;
 }
 
-// Everything below is built for AVX2 without FMA (the build forbids contraction anyway).
+bool Trl_UplinkKernels::eight_lanes() {
+  static const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+                             __builtin_cpu_supports("avx512vl");
+  return eight_lanes_enabled && avx512 && available();
+}
+
 // The kernels below are compiled for AVX2 (and chosen at run time); clang, which builds the
-// fuzz targets, takes the same as a function attribute.
+// fuzz targets, takes the same as a function attribute. The build forbids contraction, so no
+// multiplication and addition are fused into one rounding.
 #if defined(__clang__)
 #pragma clang attribute push(__attribute__((target("avx2"))), apply_to = function)
 #else
@@ -92,16 +100,10 @@ typedef void (*improve_function)(const double* const*, const double*, const doub
 const sums_function sums_by_count[5] = {nullptr, sums_of<1>, sums_of<2>, sums_of<3>, sums_of<4>};
 const improve_function improve_by_count[5] = {nullptr, improve<1>, improve<2>, improve<3>, improve<4>};
 
-}  // namespace
-
-void Trl_UplinkKernels::weighted_sums(const double* p, const double* const* gains, int count, int n,
-                                      double* sum) {
-  for (int k = 0; k < count; k += 4) sums_by_count[std::min(4, count - k)](p, gains + k, n, sum + k);
-}
 
 // The plain start keeps the least need of each user over the rows in row order; the least
 // of the same values in any grouping is the same, so users go four at a time.
-void Trl_UplinkKernels::least_alone(const rows& R, const double* target, double* p) {
+void least_alone4(const Trl_UplinkKernels::rows& R, const double* target, double* p) {
   const int n = R.users;
   int r = 0;
   for (; r + 4 <= n; r += 4) {
@@ -124,23 +126,51 @@ void Trl_UplinkKernels::least_alone(const rows& R, const double* target, double*
   }
 }
 
-// Rows four at a time from the last down: their sums in one pass, then one pass of the
-// users over the four rows, highest first.
-void Trl_UplinkKernels::simultaneous(const rows& R, const users& U, const double* old, double* p) {
+// Rows four at a time from the last down, with the interference `sums` of all rows: one pass
+// of the users over each four rows, highest first.
+void simultaneous4(const Trl_UplinkKernels::rows& R, const Trl_UplinkKernels::users& U,
+                   const double* sums, const double* old, double* p) {
   for (int top = R.used - 1; top >= 0; top -= 4) {
     const int K = std::min(4, top + 1);
     const double* g[4];
-    double I[4], N[4], C[4], low_first[4];
+    double I[4], N[4], C[4];
     for (int k = 0; k < K; ++k) {
       g[k] = R.gains[top - k];
+      I[k] = sums[top - k];
       N[k] = R.noise[top - k];
       C[k] = top - k;
     }
-    // The sums take the rows lowest first, the order of the gains array.
-    sums_by_count[K](old, R.gains + top - K + 1, R.users, low_first);
-    for (int k = 0; k < K; ++k) I[k] = low_first[K - 1 - k];
     improve_by_count[K](g, I, N, C, R.users, old, U.activity, U.target, p, U.server);
   }
+}
+
+}  // namespace
+
+void Trl_UplinkKernels::weighted_sums(const double* p, const double* const* gains, int count, int n,
+                                      double* sum) {
+  for (int k = 0; k < count; k += 4) sums_by_count[std::min(4, count - k)](p, gains + k, n, sum + k);
+}
+
+double Trl_UplinkKernels::largest_change(const double* now, const double* before, int n) {
+  __m256d worst = _mm256_setzero_pd();
+  int r = 0;
+  for (; r + 4 <= n; r += 4) {
+    const __m256d p = _mm256_loadu_pd(now + r), q = _mm256_loadu_pd(before + r);
+    const __m256d up = _mm256_div_pd(p, q), down = _mm256_div_pd(q, p);
+    const __m256d change = _mm256_blendv_pd(down, up, _mm256_cmp_pd(up, down, _CMP_GT_OQ));
+    worst = _mm256_blendv_pd(worst, change, _mm256_cmp_pd(change, worst, _CMP_GT_OQ));
+  }
+  alignas(32) double lanes[4];
+  _mm256_store_pd(lanes, worst);
+  double result = 0;
+  for (double w : lanes)
+    if (w > result) result = w;
+  for (; r < n; ++r) {
+    const double up = now[r] / before[r], down = before[r] / now[r];
+    const double change = up > down ? up : down;
+    if (change > result) result = change;
+  }
+  return result;
 }
 
 // ---------------------------------------------------------------- in sequence
@@ -211,3 +241,193 @@ void Trl_UplinkKernels::in_sequence(const rows& R, const users& U, double* runni
 #else
 #pragma GCC pop_options
 #endif
+
+// ---------------------------------------------------------------- eight lanes
+
+#if defined(__clang__)
+#pragma clang attribute push(__attribute__((target("avx512f,avx512dq,avx512vl"))), apply_to = function)
+#else
+#pragma GCC push_options
+#pragma GCC target("avx512f,avx512dq,avx512vl")
+#endif
+
+namespace {
+
+const int block = 64;  // users whose gains of all rows stay in cache through the three passes
+const double estimate_margin = 1.0 / 1024;
+const double smallest_margin = 0x1p-1000;  // covers estimates that lose bits below DBL_MIN
+const int not_finite = 0x01 | 0x08 | 0x10 | 0x80;  // fpclass: NaN, +inf, -inf
+
+// The need of one row for eight users, in the plain loops' order of operations, and its
+// estimate with the approximate reciprocal. `start` is the start from below: target / g * noise.
+template <bool start>
+__m512d need_of(__m512d g, __m512d I, __m512d N, __m512d o, __m512d a, __m512d t) {
+  if (start) return _mm512_mul_pd(_mm512_div_pd(t, g), N);
+  const __m512d others = _mm512_sub_pd(I, _mm512_mul_pd(o, g));
+  return _mm512_div_pd(_mm512_mul_pd(_mm512_add_pd(_mm512_mul_pd(others, a), N), t), g);
+}
+
+template <bool start>
+__m512d estimate_of(__m512d g, __m512d I, __m512d N, __m512d o, __m512d a, __m512d t) {
+  const __m512d reciprocal = _mm512_maskz_rcp14_pd(0xFF, g);  // maskz: no undefined register
+  if (start) return _mm512_mul_pd(_mm512_mul_pd(t, reciprocal), N);
+  const __m512d others = _mm512_sub_pd(I, _mm512_mul_pd(o, g));
+  return _mm512_mul_pd(_mm512_mul_pd(_mm512_add_pd(_mm512_mul_pd(others, a), N), t), reciprocal);
+}
+
+// K rows' four partial sums (s[k] at partial + 4k) plus p[i] * g[k][j0 + i] for i < count,
+// four users a step. K independent chains of additions, kept in registers.
+template <int K>
+void add_products(const double* p, const double* const* gains, int j0, int count, double* partial) {
+  __m256d s[K];
+  const double* g[K];
+#pragma GCC unroll 8
+  for (int m = 0; m < K; ++m) {
+    s[m] = _mm256_loadu_pd(partial + 4 * m);
+    g[m] = gains[m] + j0;
+  }
+  for (int i = 0; i < count; i += 4) {
+    const __m256d pi = _mm256_loadu_pd(p + i);
+#pragma GCC unroll 8
+    for (int m = 0; m < K; ++m) s[m] = _mm256_add_pd(s[m], _mm256_mul_pd(pi, _mm256_loadu_pd(g[m] + i)));
+  }
+#pragma GCC unroll 8
+  for (int m = 0; m < K; ++m) _mm256_storeu_pd(partial + 4 * m, s[m]);
+}
+
+typedef void (*add_products_function)(const double*, const double* const*, int, int, double*);
+const add_products_function add_products_by_count[9] = {
+    nullptr, add_products<1>, add_products<2>, add_products<3>, add_products<4>,
+    add_products<5>, add_products<6>, add_products<7>, add_products<8>};
+
+}  // namespace
+
+// Blocks of users, each in two passes. First, eight users at a time: the estimates of all
+// rows, with the least and second least finite estimate of each user and the row of the
+// least. Where every user of the eight has one row alone near its least, its exact need is
+// that row's; otherwise the rows are walked again from the last down, the exact need taken
+// where the estimate is near the least (or not finite), with a strict improvement as in the
+// plain loop. Second, the new powers times the gains into each row's four partial sums,
+// grouped as weighted_sums groups them, while the block is in cache.
+template <bool start>
+void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double* old, double* p) {
+  const int n = R.users, used = R.used;
+  partial.assign(static_cast<size_t>(used) * 4, 0.0);
+  const double* I = start ? nullptr : sums.data();
+  const __m512d margin = _mm512_set1_pd(estimate_margin), smallest = _mm512_set1_pd(smallest_margin);
+  const __m512d quarter_of_largest = _mm512_set1_pd(largest / 4);
+  const __m512i lane_offsets = _mm512_setr_epi64(0, 8, 16, 24, 32, 40, 48, 56);
+  auto row_of = [&](int k) { return _mm512_set1_pd(start ? 0 : I[k]); };
+  for (int j0 = 0; j0 < n; j0 += block) {
+    const int in_block = std::min(block, n - j0);
+    for (int v = 0; v < in_block; v += 8) {
+      const int j = j0 + v;
+      const __mmask8 lanes = j + 8 <= n ? 0xFF : static_cast<__mmask8>((1u << (n - j)) - 1);
+      const __m512d o = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, old + j);
+      const __m512d a = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, U.activity + j);
+      const __m512d t = _mm512_maskz_loadu_pd(lanes, U.target + j);
+      __m512d least = _mm512_set1_pd(infinity), second = least;
+      __m512i least_row = _mm512_setzero_si512();
+      for (int k = 0; k < used; ++k) {
+        const double* g = R.gains[k] + j;
+        _mm_prefetch(reinterpret_cast<const char*>(g + block), _MM_HINT_T1);
+        const __m512d e =
+            estimate_of<start>(_mm512_maskz_loadu_pd(lanes, g), row_of(k), _mm512_set1_pd(R.noise[k]), o, a, t);
+        // The operand order makes a NaN estimate fall out of the least and pull the second
+        // down to the least (so the users' rows are walked again); an infinite one is too
+        // large to count.
+        const __mmask8 lower = _mm512_cmp_pd_mask(e, least, _CMP_LT_OQ);
+        least_row = _mm512_mask_blend_epi64(lower, least_row, _mm512_set1_epi64(k));
+        second = _mm512_min_pd(_mm512_max_pd(e, least), second);
+        least = _mm512_min_pd(e, least);
+      }
+      const __m512d bound =
+          _mm512_add_pd(_mm512_add_pd(least, _mm512_mul_pd(_mm512_abs_pd(least), margin)), smallest);
+      __m512d cur = _mm512_mask_loadu_pd(_mm512_set1_pd(largest), lanes, p + j);
+      __m512d row = start ? _mm512_setzero_pd() : _mm512_mask_loadu_pd(_mm512_setzero_pd(), lanes, U.server + j);
+      // Walked again: users with a second row near the least, and users whose least is not
+      // safely below an estimate that overflowed (or is minus infinity).
+      const __mmask8 crowded = (_mm512_cmp_pd_mask(second, bound, _CMP_LE_OQ) |
+                                _mm512_cmp_pd_mask(_mm512_abs_pd(least), quarter_of_largest, _CMP_NLT_UQ)) &
+                               lanes;
+      if (!crowded) {
+        // One candidate per user: its gain, interference and noise gathered by row.
+        const __m512i row_pointers = _mm512_mask_i64gather_epi64(least_row, 0xFF, least_row, R.gains, 8);
+        const __m512i at = _mm512_add_epi64(row_pointers, _mm512_add_epi64(_mm512_set1_epi64(j * 8), lane_offsets));
+        const __m512d g = _mm512_mask_i64gather_pd(_mm512_set1_pd(1), lanes, at, nullptr, 1);
+        const __m512d N = _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, least_row, R.noise, 8);
+        const __m512d Ik = start ? _mm512_setzero_pd() : _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, least_row, I, 8);
+        const __m512d need = need_of<start>(g, Ik, N, o, a, t);
+        const __mmask8 better = _mm512_mask_cmp_pd_mask(lanes, need, cur, _CMP_LT_OQ);
+        cur = _mm512_mask_blend_pd(better, cur, need);
+        row = _mm512_mask_blend_pd(better, row, _mm512_cvtepi64_pd(least_row));
+      } else {
+        for (int k = used - 1; k >= 0; --k) {
+          const __m512d g = _mm512_maskz_loadu_pd(lanes, R.gains[k] + j);
+          const __m512d N = _mm512_set1_pd(R.noise[k]);
+          const __m512d e = estimate_of<start>(g, row_of(k), N, o, a, t);
+          const __mmask8 near =
+              (_mm512_cmp_pd_mask(e, bound, _CMP_LE_OQ) | _mm512_fpclass_pd_mask(e, not_finite)) & lanes;
+          if (!near) continue;
+          const __m512d need = need_of<start>(g, row_of(k), N, o, a, t);
+          const __mmask8 better = _mm512_mask_cmp_pd_mask(near, need, cur, _CMP_LT_OQ);
+          cur = _mm512_mask_blend_pd(better, cur, need);
+          row = _mm512_mask_blend_pd(better, row, _mm512_set1_pd(k));
+        }
+      }
+      _mm512_mask_storeu_pd(p + j, lanes, cur);
+      if (!start) _mm512_mask_storeu_pd(U.server + j, lanes, row);
+    }
+    // Whole groups of four only: the users past the last multiple of four go into the first
+    // partial sum at the end, as in weighted_sums. Eight rows at a time keep eight chains of
+    // additions going.
+    const int grouped = j0 + in_block == n ? in_block / 4 * 4 : in_block;
+    for (int k0 = 0; k0 < used; k0 += 8)
+      add_products_by_count[std::min(8, used - k0)](p + j0, R.gains + k0, j0, grouped,
+                                                     partial.data() + 4 * k0);
+  }
+  next_sums.resize(used);
+  for (int k = 0; k < used; ++k) {
+    double* l = partial.data() + 4 * k;
+    for (int i = n / 4 * 4; i < n; ++i) l[0] += p[i] * R.gains[k][i];
+    next_sums[k] = (l[0] + l[1]) + (l[2] + l[3]);
+  }
+  next_sums_ready = true;
+}
+
+template void Trl_UplinkKernels::least_needs<true>(const rows&, const users&, const double*, double*);
+template void Trl_UplinkKernels::least_needs<false>(const rows&, const users&, const double*, double*);
+
+#if defined(__clang__)
+#pragma clang attribute pop
+#else
+#pragma GCC pop_options
+#endif
+
+// ---------------------------------------------------------------- the choice of loops
+
+void Trl_UplinkKernels::least_alone(const rows& R, const double* target, double* p) {
+  next_sums_ready = false;
+  if (!eight_lanes() || !R.gains_normal) {
+    least_alone4(R, target, p);
+    return;
+  }
+  std::fill(p, p + R.users, largest);
+  least_needs<true>(R, users{target, nullptr, nullptr}, nullptr, p);
+}
+
+void Trl_UplinkKernels::simultaneous(const rows& R, const users& U, const double* old, bool continuing,
+                                     double* p) {
+  if (continuing && next_sums_ready && static_cast<int>(next_sums.size()) == R.used) {
+    sums.swap(next_sums);
+  } else {
+    sums.resize(R.used);
+    weighted_sums(old, R.gains, R.used, R.users, sums.data());
+  }
+  next_sums_ready = false;
+  if (!eight_lanes() || !R.gains_normal) {
+    simultaneous4(R, U, sums.data(), old, p);
+    return;
+  }
+  least_needs<false>(R, U, old, p);
+}

@@ -1,7 +1,17 @@
-// The inner loops of the uplink iteration, four doubles at a time (AVX2, chosen at run time
-// when the processor has it). Every value is computed with the operations, in the order, of
-// the plain loops in Trl_Assigner: lanes hold different users or different rows, never two
-// terms of one sum, so each result is the same to the bit.
+// The inner loops of the uplink iteration, four doubles at a time (AVX2) or eight (AVX-512),
+// chosen at run time from what the processor has. Every value is computed with the
+// operations, in the order, of the plain loops in Trl_Assigner: lanes hold different users or
+// different rows, never two terms of one sum, so each result is the same to the bit.
+//
+// On AVX-512 the start from below and the simultaneous sweep find each user's least need in
+// two steps: an estimate of every need by a multiplication with an approximate reciprocal of
+// the gain (relative error under 2^-14, on the same product as the exact need), then the exact
+// need, divided as the plain loop does, only for the rows whose estimate lies within 2^-10
+// (relative, plus 2^-1000) of the least estimate. The row with the least exact need, and every
+// row tying with it, is always among those, so the strict minimum over the rows in their order
+// is the plain loop's. Mostly one row is near, and its need is the only division. The sweep also sums the new powers
+// into the next sweep's interference while a block of users is still in cache, so each sweep
+// reads the gain table from memory once.
 #pragma once
 
 #include <vector>
@@ -14,6 +24,9 @@ class Trl_UplinkKernels {
     const double* noise;
     int used;
     int users;
+    // Every gain of the table lies in [2^-1020, 2^1020], where the approximate reciprocal
+    // keeps its relative error; the eight-lane loops run only then.
+    bool gains_normal = false;
   };
   // Per user: the target, the activity, and the server row noted as a double.
   struct users {
@@ -24,17 +37,27 @@ class Trl_UplinkKernels {
 
   // True when the processor has AVX2 and the wide loops are switched on.
   static bool available();
-  // Switches the wide loops off (the plain loops then run), for comparisons.
+  // True when the eight-lane loops run: the processor has AVX-512 and they are switched on.
+  static bool eight_lanes();
+  // Switch the wide loops off (the plain loops then run), or only the eight-lane ones, for
+  // comparisons.
   static bool enabled;
+  static bool eight_lanes_enabled;
 
   // sum[k] = the sum of p[j] * gains[k][j] over j < n for k < count, grouped as the plain
   // weighted sum groups it: four interleaved partial sums, the rest into the first.
   static void weighted_sums(const double* p, const double* const* gains, int count, int n,
                             double* sum);
+  // The largest of now / before and before / now over n users, as the plain loop finds it:
+  // a user's change is the first ratio when it is the greater, else the second; the result
+  // starts at 0 and takes a change only when it is greater (so NaN never counts).
+  static double largest_change(const double* now, const double* before, int n);
   // The start from below: p[r] = least over rows of target / g * noise.
-  static void least_alone(const rows& R, const double* target, double* p);
-  // One simultaneous sweep into p (all largest on entry) from the powers `old`.
-  static void simultaneous(const rows& R, const users& U, const double* old, double* p);
+  void least_alone(const rows& R, const double* target, double* p);
+  // One simultaneous sweep into p (all largest on entry) from the powers `old`. `continuing`
+  // says that `old` is what the last call of either function gave on the same rows, so that
+  // the interference summed then still holds; otherwise it is summed here.
+  void simultaneous(const rows& R, const users& U, const double* old, bool continuing, double* p);
 
   // Takes the rows of a solve for the in-sequence sweeps: copies their gains user-major.
   void bind(const rows& R);
@@ -45,6 +68,8 @@ class Trl_UplinkKernels {
 
  private:
   void interference(const rows& R, const double* running);
+  template <bool start>
+  void least_needs(const rows& R, const users& U, const double* old, double* p);
 
   // The gains user-major, width entries per user (used rounded up to 4, the rest 1), and the
   // interference and noise of each row, padded with +inf and 0 so that no padding row wins.
@@ -52,4 +77,12 @@ class Trl_UplinkKernels {
   std::vector<double> total;
   std::vector<double> noise;
   int width = 0;
+  // The simultaneous sweep: the interference of each row from the powers before the sweep,
+  // and from the new ones (filled by the eight-lane loops as they go, with each row's four
+  // partial sums); the estimates of one block of users.
+  std::vector<double> sums;
+  std::vector<double> next_sums;
+  std::vector<double> partial;
+  std::vector<double> estimates;
+  bool next_sums_ready = false;
 };
