@@ -1,11 +1,15 @@
-// The wide uplink loops against the plain ones on random plans (fixed seeds): the same
-// return, the same powers to the bit, the same rows and sweeps, the same report. Plans hold
-// stations on the same spot (equal rows: ties), subsets of odd size, user counts that are no
-// multiple of four, and settings that run into the iteration limit and the power limit.
+// The wide uplink loops (four and eight lanes) against the plain ones on random plans (fixed
+// seeds): the same return, the same powers to the bit, the same rows and sweeps, the same
+// report. Plans hold stations on the same spot (equal rows: ties), subsets of odd size, user
+// counts that are no multiple of four, and settings that run into the iteration limit and the
+// power limit. Then the loops alone on made-up rows with needs one ulp apart, where the
+// estimates of the eight-lane loops cannot tell the rows apart.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
+#include <limits>
+#include <vector>
 #include <random>
 #include <sstream>
 #include <string>
@@ -48,8 +52,10 @@ struct RandomPlan {
   }
 };
 
-Outcome solve(RandomPlan& plan, int strategy, int max_iterations, unsigned subset_seed, bool wide) {
-  Trl_UplinkKernels::enabled = wide;
+// lanes: 0 the plain loops, 4 or 8 the wide ones.
+Outcome solve(RandomPlan& plan, int strategy, int max_iterations, unsigned subset_seed, int lanes) {
+  Trl_UplinkKernels::enabled = lanes > 0;
+  Trl_UplinkKernels::eight_lanes_enabled = lanes == 8;
   Trl_Assigner assigner;
   Trl_Assigner::parameters p;
   p.strategy = strategy;
@@ -75,7 +81,7 @@ Outcome solve(RandomPlan& plan, int strategy, int max_iterations, unsigned subse
     for (double v : {a.rx_uplink[r], a.rx_downlink[r], static_cast<double>(a.serving[r])})
       o.bits.append(reinterpret_cast<const char*>(&v), sizeof v);
   }
-  Trl_UplinkKernels::enabled = true;
+  Trl_UplinkKernels::enabled = Trl_UplinkKernels::eight_lanes_enabled = true;
   return o;
 }
 
@@ -100,19 +106,142 @@ TEST(Trl_UplinkKernels, SameResultsAsThePlainLoops) {
   for (const Case& c : cases) {
     RandomPlan plan(c.seed, c.stations, c.users, c.rate);
     for (int strategy = 0; strategy < 4; ++strategy) {
-      const Outcome plain = solve(plan, strategy, c.max_iterations, c.subset, false);
-      const Outcome wide = solve(plan, strategy, c.max_iterations, c.subset, true);
-      SCOPED_TRACE("seed " + std::to_string(c.seed) + " strategy " + std::to_string(strategy));
-      EXPECT_EQ(plain.ok, wide.ok);
-      EXPECT_EQ(plain.sweeps, wide.sweeps);
-      EXPECT_EQ(plain.report, wide.report);
-      EXPECT_TRUE(plain.bits == wide.bits);
+      const Outcome plain = solve(plan, strategy, c.max_iterations, c.subset, 0);
+      for (int lanes : {4, 8}) {
+        const Outcome wide = solve(plan, strategy, c.max_iterations, c.subset, lanes);
+        SCOPED_TRACE("seed " + std::to_string(c.seed) + " strategy " + std::to_string(strategy) + " lanes " +
+                     std::to_string(lanes));
+        EXPECT_EQ(plain.ok, wide.ok);
+        EXPECT_EQ(plain.sweeps, wide.sweeps);
+        EXPECT_EQ(plain.report, wide.report);
+        EXPECT_TRUE(plain.bits == wide.bits);
+      }
       ++(plain.ok ? solved : failed);
     }
   }
   // Both outcomes must be among the cases, or the comparison proves little.
   EXPECT_GT(solved, 8);
   EXPECT_GT(failed, 2);
+}
+
+// Rows whose needs differ by an ulp or tie exactly, blocks of users with a short last vector,
+// and the sums carried from one sweep to the next: every power, row and next sum as the plain
+// loops give them.
+struct MadeUpRows {
+  int used, n;
+  std::vector<std::vector<double>> gain;
+  std::vector<const double*> pointers;
+  std::vector<double> noise, target, activity, old;
+  // quiet: the users' powers are so low that noise, the same on every row, sets the needs,
+  // and rows whose gains are 2^-16 apart need within 2^-16 of each other.
+  MadeUpRows(unsigned seed, int used, int n, double low_gain, bool quiet) : used(used), n(n) {
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<double> unit(0, 1);
+    gain.assign(used, std::vector<double>(n));
+    for (int k = 0; k < used; ++k)
+      for (int r = 0; r < n; ++r) {
+        const int kind = random() % 8;
+        if (k > 0 && kind == 0) gain[k][r] = gain[k - 1][r];  // a tie
+        else if (k > 0 && kind == 1) gain[k][r] = std::nextafter(gain[k - 1][r], 1.0);  // an ulp apart
+        else if (k > 0 && kind == 2) gain[k][r] = gain[k - 1][r] * (1 + 0x1p-16 * unit(random));
+        else gain[k][r] = low_gain * std::pow(1e6, unit(random));
+      }
+    for (int k = 0; k < used; ++k) {
+      pointers.push_back(gain[k].data());
+      noise.push_back(quiet || k % 3 == 0 ? 1e-13 : 1e-13 * (1 + unit(random)));
+    }
+    for (int r = 0; r < n; ++r) {
+      target.push_back(0.01 + unit(random));
+      activity.push_back(0.5 + unit(random));
+      old.push_back((quiet ? 1e-15 : 1e-3) * unit(random));
+    }
+  }
+  Trl_UplinkKernels::rows rows(bool normal) const {
+    return Trl_UplinkKernels::rows{pointers.data(), noise.data(), used, n, normal};
+  }
+};
+
+double plain_sum(const double* p, const double* g, int n) {
+  double s[4] = {0, 0, 0, 0};
+  int j = 0;
+  for (; j + 4 <= n; j += 4)
+    for (int l = 0; l < 4; ++l) s[l] += p[j + l] * g[j + l];
+  for (; j < n; ++j) s[0] += p[j] * g[j];
+  return (s[0] + s[1]) + (s[2] + s[3]);
+}
+
+void plain_sweep(const MadeUpRows& m, const std::vector<double>& old, std::vector<double>& p,
+                 std::vector<double>& server) {
+  p.assign(m.n, std::numeric_limits<double>::max());
+  for (int c = m.used - 1; c >= 0; --c) {
+    const double total = plain_sum(old.data(), m.gain[c].data(), m.n);
+    for (int r = 0; r < m.n; ++r) {
+      const double g = m.gain[c][r];
+      const double q = ((total - old[r] * g) * m.activity[r] + m.noise[c]) * m.target[r] / g;
+      if (q < p[r]) {
+        p[r] = q;
+        server[r] = c;
+      }
+    }
+  }
+}
+
+TEST(Trl_UplinkKernels, LoopsAloneOnRowsAnUlpApart) {
+  if (!Trl_UplinkKernels::available()) GTEST_SKIP() << "no AVX2 on this processor";
+  const struct {
+    unsigned seed;
+    int used, n;
+    double low_gain;
+    bool quiet;
+  } cases[] = {{1, 13, 203, 1e-14, false}, {2, 1, 9, 1e-14, false}, {3, 40, 1000, 1e-14, true},
+               {4, 9, 130, 1e-318, false}};
+  for (const auto& c : cases) {
+    const MadeUpRows m(c.seed, c.used, c.n, c.low_gain, c.quiet);
+    const bool normal = c.low_gain > 1e-300;
+    std::vector<double> plain_start(c.n);
+    for (int r = 0; r < c.n; ++r) {
+      double least = std::numeric_limits<double>::max();
+      for (int k = 0; k < c.used; ++k) least = std::min(least, m.target[r] / m.gain[k][r] * m.noise[k]);
+      plain_start[r] = least;
+    }
+    for (bool eight : {false, true}) {
+      SCOPED_TRACE("seed " + std::to_string(c.seed) + (eight ? " eight lanes" : " four lanes"));
+      Trl_UplinkKernels::eight_lanes_enabled = eight;
+      Trl_UplinkKernels wide;
+      std::vector<double> start(c.n);
+      wide.least_alone(m.rows(normal), m.target.data(), start.data());
+      EXPECT_TRUE(std::memcmp(start.data(), plain_start.data(), c.n * sizeof(double)) == 0);
+      // Three sweeps from the made-up powers; the later ones take the sums carried over.
+      std::vector<double> old = m.old, plain_old = m.old, p(c.n), plain_p(c.n);
+      std::vector<double> server(c.n, -1), plain_server(c.n, -1);
+      for (int sweep = 0; sweep < 3; ++sweep) {
+        std::fill(p.begin(), p.end(), std::numeric_limits<double>::max());
+        wide.simultaneous(m.rows(normal), Trl_UplinkKernels::users{m.target.data(), m.activity.data(), server.data()},
+                          old.data(), sweep > 0, p.data());
+        plain_sweep(m, plain_old, plain_p, plain_server);
+        EXPECT_TRUE(std::memcmp(p.data(), plain_p.data(), c.n * sizeof(double)) == 0) << "sweep " << sweep;
+        EXPECT_EQ(server, plain_server) << "sweep " << sweep;
+        old = p;
+        plain_old = plain_p;
+      }
+    }
+    Trl_UplinkKernels::eight_lanes_enabled = true;
+  }
+}
+
+TEST(Trl_UplinkKernels, LargestChangeAsThePlainLoop) {
+  const double nan = std::nan(""), inf = std::numeric_limits<double>::infinity();
+  const std::vector<double> now = {1, 2, 0.5, 0, nan, 3, inf, 1e-300, 4, 1};
+  const std::vector<double> before = {1, 1, 1, 0, 1, nan, 1, 1e300, 2, 0.25};
+  for (int n = 0; n <= static_cast<int>(now.size()); ++n) {
+    double worst = 0;
+    for (int r = 0; r < n; ++r) {
+      const double up = now[r] / before[r], down = before[r] / now[r];
+      const double change = up > down ? up : down;
+      if (change > worst) worst = change;
+    }
+    EXPECT_EQ(Trl_UplinkKernels::largest_change(now.data(), before.data(), n), worst) << n;
+  }
 }
 
 }  // namespace
