@@ -317,7 +317,12 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
   const __m512d margin = _mm512_set1_pd(estimate_margin), smallest = _mm512_set1_pd(smallest_margin);
   const __m512d quarter_of_largest = _mm512_set1_pd(largest / 4);
   const __m512i lane_offsets = _mm512_setr_epi64(0, 8, 16, 24, 32, 40, 48, 56);
+  const __m512i row_bits = _mm512_set1_epi64(0xFFFF), value_bits = _mm512_set1_epi64(~int64_t{0xFFFF});
   auto row_of = [&](int k) { return _mm512_set1_pd(start ? 0 : I[k]); };
+  // Estimates up to this lie near the least.
+  auto bound_of = [&](__m512d least) {
+    return _mm512_add_pd(_mm512_add_pd(least, _mm512_mul_pd(_mm512_abs_pd(least), margin)), smallest);
+  };
   for (int j0 = 0; j0 < n; j0 += block) {
     const int in_block = std::min(block, n - j0);
     for (int v = 0; v < in_block; v += 8) {
@@ -326,32 +331,34 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
       const __m512d o = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, old + j);
       const __m512d a = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, U.activity + j);
       const __m512d t = _mm512_maskz_loadu_pd(lanes, U.target + j);
-      __m512d least = _mm512_set1_pd(infinity), second = least;
-      __m512i least_row = _mm512_setzero_si512();
+      // Each estimate becomes a key: its bits with the row number in the low 16 (a change
+      // of 2^-36 at most, far inside the margin). Keys of estimates of 0 and above order as
+      // the estimates do, those of negative ones below all of them, so the least and second
+      // least key are integer minima, off the floating-point pipes.
+      __m512i least = _mm512_set1_epi64(std::numeric_limits<int64_t>::max()), second = least;
       for (int k = 0; k < used; ++k) {
         const double* g = R.gains[k] + j;
         _mm_prefetch(reinterpret_cast<const char*>(g + block), _MM_HINT_T1);
         const __m512d e =
             estimate_of<start>(_mm512_maskz_loadu_pd(lanes, g), row_of(k), _mm512_set1_pd(R.noise[k]), o, a, t);
-        // The operand order makes a NaN estimate fall out of the least and pull the second
-        // down to the least (so the users' rows are walked again); an infinite one is too
-        // large to count.
-        const __mmask8 lower = _mm512_cmp_pd_mask(e, least, _CMP_LT_OQ);
-        least_row = _mm512_mask_blend_epi64(lower, least_row, _mm512_set1_epi64(k));
-        second = _mm512_min_pd(_mm512_max_pd(e, least), second);
-        least = _mm512_min_pd(e, least);
+        const __m512i key = _mm512_ternarylogic_epi64(_mm512_castpd_si512(e), value_bits, _mm512_set1_epi64(k), 0xEA);
+        second = _mm512_min_epi64(_mm512_max_epi64(key, least), second);
+        least = _mm512_min_epi64(key, least);
       }
-      const __m512d bound =
-          _mm512_add_pd(_mm512_add_pd(least, _mm512_mul_pd(_mm512_abs_pd(least), margin)), smallest);
+      const __m512d least_value = _mm512_castsi512_pd(_mm512_and_si512(least, value_bits));
+      const __m512d second_value = _mm512_castsi512_pd(_mm512_and_si512(second, value_bits));
       __m512d cur = _mm512_mask_loadu_pd(_mm512_set1_pd(largest), lanes, p + j);
       __m512d row = start ? _mm512_setzero_pd() : _mm512_mask_loadu_pd(_mm512_setzero_pd(), lanes, U.server + j);
-      // Walked again: users with a second row near the least, and users whose least is not
-      // safely below an estimate that overflowed (or is minus infinity).
-      const __mmask8 crowded = (_mm512_cmp_pd_mask(second, bound, _CMP_LE_OQ) |
-                                _mm512_cmp_pd_mask(_mm512_abs_pd(least), quarter_of_largest, _CMP_NLT_UQ)) &
-                               lanes;
+      // Walked again: users with a second row near the least, and users whose least is
+      // negative, NaN, or not safely below an estimate that overflowed.
+      const __mmask8 plain_least = _mm512_cmp_pd_mask(least_value, _mm512_setzero_pd(), _CMP_GE_OQ) &
+                                   _mm512_cmp_pd_mask(least_value, quarter_of_largest, _CMP_LT_OQ);
+      const __mmask8 crowded =
+          (_mm512_cmp_pd_mask(second_value, bound_of(least_value), _CMP_LE_OQ) | static_cast<__mmask8>(~plain_least)) &
+          lanes;
       if (!crowded) {
         // One candidate per user: its gain, interference and noise gathered by row.
+        const __m512i least_row = _mm512_and_si512(least, row_bits);
         const __m512i row_pointers = _mm512_mask_i64gather_epi64(least_row, 0xFF, least_row, R.gains, 8);
         const __m512i at = _mm512_add_epi64(row_pointers, _mm512_add_epi64(_mm512_set1_epi64(j * 8), lane_offsets));
         const __m512d g = _mm512_mask_i64gather_pd(_mm512_set1_pd(1), lanes, at, nullptr, 1);
@@ -362,6 +369,16 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
         cur = _mm512_mask_blend_pd(better, cur, need);
         row = _mm512_mask_blend_pd(better, row, _mm512_cvtepi64_pd(least_row));
       } else {
+        // The least finite estimate, then every row near it or not finite, from the last
+        // row down with a strict improvement.
+        __m512d finite_least = _mm512_set1_pd(infinity);
+        for (int k = 0; k < used; ++k) {
+          const __m512d e = estimate_of<start>(_mm512_maskz_loadu_pd(lanes, R.gains[k] + j), row_of(k),
+                                               _mm512_set1_pd(R.noise[k]), o, a, t);
+          const __mmask8 finite = static_cast<__mmask8>(~_mm512_fpclass_pd_mask(e, not_finite));
+          finite_least = _mm512_mask_min_pd(finite_least, finite, finite_least, e);
+        }
+        const __m512d bound = bound_of(finite_least);
         for (int k = used - 1; k >= 0; --k) {
           const __m512d g = _mm512_maskz_loadu_pd(lanes, R.gains[k] + j);
           const __m512d N = _mm512_set1_pd(R.noise[k]);
@@ -408,7 +425,7 @@ template void Trl_UplinkKernels::least_needs<false>(const rows&, const users&, c
 
 void Trl_UplinkKernels::least_alone(const rows& R, const double* target, double* p) {
   next_sums_ready = false;
-  if (!eight_lanes() || !R.gains_normal) {
+  if (!eight_lanes() || !R.gains_normal || R.used > 0x10000) {
     least_alone4(R, target, p);
     return;
   }
@@ -425,7 +442,7 @@ void Trl_UplinkKernels::simultaneous(const rows& R, const users& U, const double
     weighted_sums(old, R.gains, R.used, R.users, sums.data());
   }
   next_sums_ready = false;
-  if (!eight_lanes() || !R.gains_normal) {
+  if (!eight_lanes() || !R.gains_normal || R.used > 0x10000) {
     simultaneous4(R, U, sums.data(), old, p);
     return;
   }
