@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
+#include <random>
+#include <vector>
 #include <string>
 
 #include "network/Trl_Rx.h"
@@ -73,4 +76,33 @@ TEST(Trl_Motorola, RowOfGainsAgreesWithThePairwiseLaw) {
   z[0] = 35;
   simple.gain_row(tx, x, y, z, log_gain, 1, out);
   EXPECT_TRUE(std::isinf(out[0]));
+}
+
+// Every user's gain has the same bits whichever width computed it: eight, four or two lanes
+// or the last odd user, here by shifting the same users by one place and by switching the
+// eight-lane loop off. Distances from 1 m to 30 km, as in a city and its surroundings.
+TEST(Trl_Motorola, RowIsTheSameBitsAtEveryWidth) {
+  Trl_Motorola simple(32.2, 35.1);
+  Trl_Tx tx;
+  tx.position = tk::d3_point(0, 0, 30);
+  tx.gain = std::pow(10.0, 0.9);
+  const int n = 20011;
+  std::mt19937 random(5);
+  std::uniform_real_distribution<double> unit(0, 1);
+  std::vector<double> x(n + 1), y(n + 1), z(n + 1), log_gain(n + 1);
+  for (int r = 0; r < n; ++r) {
+    const double d = std::pow(10.0, 4.5 * unit(random)), angle = 6.283 * unit(random);
+    x[r + 1] = d * std::cos(angle);
+    y[r + 1] = d * std::sin(angle);
+    z[r + 1] = 1.5 + 30 * unit(random);
+    log_gain[r + 1] = -2.3 * unit(random);
+  }
+  std::vector<double> eight(n), four(n), shifted(n + 1);
+  simple.gain_row(tx, x.data() + 1, y.data() + 1, z.data() + 1, log_gain.data() + 1, n, eight.data());
+  simple.gain_row(tx, x.data(), y.data(), z.data(), log_gain.data(), n + 1, shifted.data());
+  Trl_Motorola::eight_lanes = false;
+  simple.gain_row(tx, x.data() + 1, y.data() + 1, z.data() + 1, log_gain.data() + 1, n, four.data());
+  Trl_Motorola::eight_lanes = true;
+  EXPECT_EQ(std::memcmp(eight.data(), four.data(), n * sizeof(double)), 0);
+  for (int r = 0; r < n; ++r) EXPECT_EQ(eight[r], shifted[r + 1]) << r;
 }

@@ -2,6 +2,7 @@
 
 #include <immintrin.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "network/Trl_Rx.h"
@@ -15,6 +16,9 @@ extern "C" __m128d _ZGVbN2v_log(__m128d);
 // (clang refuses the call otherwise).
 extern "C" __attribute__((target("avx2"))) __m256d _ZGVdN4v_exp(__m256d);
 extern "C" __attribute__((target("avx2"))) __m256d _ZGVdN4v_log(__m256d);
+// The eight-lane exp gives the four-lane one's bits (the same algorithm, checked by the
+// propagation tests); the eight-lane log does not, so the logs stay four-lane.
+extern "C" __attribute__((target("avx512f"))) __m512d _ZGVeN8v_exp(__m512d);
 
 namespace {
 
@@ -40,12 +44,42 @@ __attribute__((target("avx2"))) int four_at_a_time(double tx_x, double tx_y, dou
   return r;
 }
 
+// Eight users at a time where the processor has AVX-512: the same operations per lane.
+__attribute__((target("avx512f,avx2"))) int eight_at_a_time(double tx_x, double tx_y, double tx_z,
+                                                             double slope, double offset, const double* x,
+                                                             const double* y, const double* z,
+                                                             const double* log_rx_gain, int n, double* out) {
+  const __m512d X = _mm512_set1_pd(tx_x), Y = _mm512_set1_pd(tx_y), Z = _mm512_set1_pd(tx_z);
+  const __m512d K = _mm512_set1_pd(slope), A = _mm512_set1_pd(offset);
+  int r = 0;
+  for (; r + 8 <= n; r += 8) {
+    const __m512d dz = _mm512_sub_pd(Z, _mm512_loadu_pd(z + r));
+    const __m512d dx = _mm512_sub_pd(X, _mm512_loadu_pd(x + r));
+    const __m512d dy = _mm512_sub_pd(Y, _mm512_loadu_pd(y + r));
+    const __m512d plane = _mm512_add_pd(_mm512_mul_pd(dx, dx), _mm512_mul_pd(dy, dy));
+    const __m512d d2 = _mm512_add_pd(_mm512_mul_pd(dz, dz), plane);
+    const __m256d low = _ZGVdN4v_log(_mm512_castpd512_pd256(d2));
+    const __m256d high = _ZGVdN4v_log(_mm512_extractf64x4_pd(d2, 1));
+    const __m512d log_d2 = _mm512_insertf64x4(_mm512_castpd256_pd512(low), high, 1);
+    const __m512d level = _mm512_add_pd(_mm512_mul_pd(K, log_d2), _mm512_add_pd(A, _mm512_loadu_pd(log_rx_gain + r)));
+    _mm512_storeu_pd(out + r, _ZGVeN8v_exp(level));
+  }
+  return r;
+}
+
+bool has_avx512() {
+  static const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx2");
+  return avx512;
+}
+
 bool has_avx2() {
   static const bool avx2 = __builtin_cpu_supports("avx2");
   return avx2;
 }
 
 }  // namespace
+
+bool Trl_Motorola::eight_lanes = true;
 
 Trl_Motorola::Trl_Motorola(double constant, double factor) : constant(constant), factor(factor) {}
 
@@ -66,8 +100,27 @@ void Trl_Motorola::gain_row(const Trl_Tx& tx, const double* x, const double* y, 
   const double offset = std::log(tx.gain) - constant * std::log(10.0) / 10;
   const __m128d X = _mm_set1_pd(tx_x), Y = _mm_set1_pd(tx_y), Z = _mm_set1_pd(tx_z);
   const __m128d K = _mm_set1_pd(slope), A = _mm_set1_pd(offset);
-  int r = has_avx2() ? four_at_a_time(tx_x, tx_y, tx_z, slope, offset, x, y, z, log_rx_gain, n, out)
-                     : 0;
+  int r = 0;
+  if (has_avx512() && Trl_Motorola::eight_lanes)
+    r = eight_at_a_time(tx_x, tx_y, tx_z, slope, offset, x, y, z, log_rx_gain, n, out);
+  if (has_avx2()) {
+    r += four_at_a_time(tx_x, tx_y, tx_z, slope, offset, x + r, y + r, z + r, log_rx_gain + r, n - r, out + r);
+    if (r < n) {
+      // The last users, padded to four, through the same four-lane functions: the two-lane
+      // ones can differ in the last place, and a gain must not depend on the user's place.
+      double px[4], py[4], pz[4], pg[4], po[4];
+      for (int k = 0; k < 4; ++k) {
+        const int from = std::min(r + k, n - 1);
+        px[k] = x[from];
+        py[k] = y[from];
+        pz[k] = z[from];
+        pg[k] = log_rx_gain[from];
+      }
+      four_at_a_time(tx_x, tx_y, tx_z, slope, offset, px, py, pz, pg, 4, po);
+      for (int k = 0; r < n; ++k) out[r++] = po[k];
+    }
+    return;
+  }
   for (; r + 2 <= n; r += 2) {
     const __m128d dz = _mm_sub_pd(Z, _mm_loadu_pd(z + r));
     const __m128d dx = _mm_sub_pd(X, _mm_loadu_pd(x + r));

@@ -44,13 +44,32 @@ double by_number(const std::vector<double>& v, int n) {
 void Trl_Assigner::table::make(int rows, int columns, bool zero) {
   row_count = rows < 0 ? 0 : rows;
   column_count = columns < 0 ? 0 : columns;
+  start.resize(row_count);
+  for (int t = 0; t < row_count; ++t) start[t] = static_cast<size_t>(t) * column_count;
   const size_t size = static_cast<size_t>(row_count) * column_count;
   if (zero) values.assign(size, 0.0);
   else values.resize(size);
 }
 
+void Trl_Assigner::table::make(int rows, int columns, const std::vector<int>& stored_as) {
+  row_count = rows < 0 ? 0 : rows;
+  column_count = columns < 0 ? 0 : columns;
+  start.resize(row_count);
+  size_t size = 0;
+  for (int t = 0; t < row_count; ++t) {
+    if (stored_as[t] == t) {
+      start[t] = size;
+      size += column_count;
+    } else {
+      start[t] = start[stored_as[t]];
+    }
+  }
+  values.resize(size);
+}
+
 void Trl_Assigner::table::release() {
   row_count = column_count = 0;
+  std::vector<size_t>().swap(start);
   std::vector<double>().swap(values);
 }
 
@@ -59,7 +78,7 @@ double Trl_Assigner::table::operator()(int t, int r) const {
     index_error();
     return 0;
   }
-  return values[static_cast<size_t>(t) * column_count + r];
+  return values[start[t] + r];
 }
 
 void Trl_Assigner::table::set(int t, int r, double value) {
@@ -67,7 +86,7 @@ void Trl_Assigner::table::set(int t, int r, double value) {
     index_error();
     return;
   }
-  values[static_cast<size_t>(t) * column_count + r] = value;
+  values[start[t] + r] = value;
 }
 
 // ---------------------------------------------------------------- preparation
@@ -117,13 +136,9 @@ void Trl_Assigner::prepare(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_R
   else
     fill_path_gains(tx_list, rx_list, model);
   fill_targets_and_noise(tx_list, rx_list, settings);
-  gains_normal = true;
-  for (int k = 0; k < tx_count; ++k) {
-    const double* g = path_gain.row(k);
-    bool row_normal = true;
-    for (int r = 0; r < rx_count; ++r) row_normal &= g[r] >= 0x1p-1020 && g[r] <= 0x1p1020;
-    gains_normal &= row_normal;
-  }
+  gains_normal = Trl_UplinkKernels::available();
+  for (int k = 0; k < tx_count && gains_normal; ++k)
+    gains_normal = Trl_UplinkKernels::normal_gains(path_gain.row(k), rx_count);
 }
 
 void Trl_Assigner::make_tables(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
@@ -136,7 +151,6 @@ void Trl_Assigner::make_tables(const tk::list<Trl_Tx>& tx_list, const tk::list<T
   // Both tables are written in full by the fill steps; the gains are zeroed first only
   // when a fill other than the row-wise one may leave a column out.
   path_gain.make(tx_count, rx_count, false);
-  downlink_share.make(tx_count, rx_count, false);
   for (std::vector<double>* v : {&tx_noise, &tx_max_power, &tx_pilot_power,
                                  &tx_max_channel_power, &tx_orthogonality})
     v->assign(tx_count, 0.0);
@@ -348,15 +362,18 @@ void Trl_Assigner::fill_targets_and_noise(const tk::list<Trl_Tx>& tx_list,
     rx_noise[r] = rx.noise(settings.temperature, chip_rate);
     ++r;
   }
+  // Base stations usually share one orthogonality, and then one row of shares: a row equal
+  // to an earlier one is stored once.
+  std::vector<int> stored_as(tx_count);
   for (int t = 0; t < tx_count; ++t) {
-    double* share = downlink_share.row(t);
-    // Base stations usually share one orthogonality: a row equal to an earlier one is copied.
     int same = 0;
     while (same < t && tx_orthogonality[same] != tx_orthogonality[t]) ++same;
-    if (same < t) {
-      std::copy(downlink_share.row(same), downlink_share.row(same) + rx_count, share);
-      continue;
-    }
+    stored_as[t] = same;
+  }
+  downlink_share.make(tx_count, rx_count, stored_as);
+  for (int t = 0; t < tx_count; ++t) {
+    if (stored_as[t] != t) continue;
+    double* share = downlink_share.row(t);
     for (int k = 0; k < rx_count; ++k)
       share[k] = gamma_down[k] / (tx_orthogonality[t] * gamma_down[k] + 1);
   }

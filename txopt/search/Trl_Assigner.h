@@ -25,15 +25,19 @@ class Trl_RunningStats;
 class Trl_Assigner {
  public:
   // A dense table of doubles, tx by rx, stored row after row so that one base station's
-  // gains are contiguous. operator() checks its indexes; row() does not.
+  // gains are contiguous. operator() checks its indexes; row() does not. Rows known to be
+  // equal may share one storage (make with `stored_as`), so that they are written once.
   class table {
    public:
     table() : row_count(0), column_count(0) {}
     void make(int rows, int columns, bool zero);
+    // Row t is kept in the storage of row stored_as[t] <= t; rows with stored_as[t] == t
+    // have storage of their own.
+    void make(int rows, int columns, const std::vector<int>& stored_as);
     void release();
     double operator()(int t, int r) const;
-    double* row(int t) { return values.data() + static_cast<size_t>(t) * column_count; }
-    const double* row(int t) const { return values.data() + static_cast<size_t>(t) * column_count; }
+    double* row(int t) { return values.data() + start[t]; }
+    const double* row(int t) const { return values.data() + start[t]; }
     int rows() const { return row_count; }
     int columns() const { return column_count; }
     void set(int t, int r, double value);
@@ -41,6 +45,7 @@ class Trl_Assigner {
    private:
     int row_count;
     int column_count;
+    std::vector<size_t> start;  // per row: offset of its storage in values
     std::vector<double> values;
   };
 
@@ -57,7 +62,7 @@ class Trl_Assigner {
 
   double tolerance;          // linear; 0.03 dB after release
   table path_gain;           // linear, antenna gains included; [position of tx][number of rx]
-  table downlink_share;      // gamma_down / (orthogonality * gamma_down + 1)
+  table downlink_share;      // gamma_down / (orthogonality * gamma_down + 1); equal rows shared
   std::vector<double> gamma_up;    // rx: Eb/N0 * rate / chip rate
   std::vector<double> tx_noise;    // tx: W
   std::vector<double> gamma_down;  // rx

@@ -151,6 +151,19 @@ void Trl_UplinkKernels::weighted_sums(const double* p, const double* const* gain
   for (int k = 0; k < count; k += 4) sums_by_count[std::min(4, count - k)](p, gains + k, n, sum + k);
 }
 
+bool Trl_UplinkKernels::normal_gains(const double* g, int n) {
+  const __m256d low = _mm256_set1_pd(0x1p-1020), high = _mm256_set1_pd(0x1p1020);
+  __m256d inside = _mm256_castsi256_pd(_mm256_set1_epi64x(-1));
+  int r = 0;
+  for (; r + 4 <= n; r += 4) {
+    const __m256d v = _mm256_loadu_pd(g + r);
+    inside = _mm256_and_pd(inside, _mm256_and_pd(_mm256_cmp_pd(v, low, _CMP_GE_OQ), _mm256_cmp_pd(v, high, _CMP_LE_OQ)));
+  }
+  bool all = _mm256_movemask_pd(inside) == 0xF;
+  for (; r < n; ++r) all = all && g[r] >= 0x1p-1020 && g[r] <= 0x1p1020;
+  return all;
+}
+
 double Trl_UplinkKernels::largest_change(const double* now, const double* before, int n) {
   __m256d worst = _mm256_setzero_pd();
   int r = 0;

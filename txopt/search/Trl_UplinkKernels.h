@@ -48,6 +48,8 @@ class Trl_UplinkKernels {
   // weighted sum groups it: four interleaved partial sums, the rest into the first.
   static void weighted_sums(const double* p, const double* const* gains, int count, int n,
                             double* sum);
+  // True when each of the n gains lies in [2^-1020, 2^1020] (NaN does not).
+  static bool normal_gains(const double* g, int n);
   // The largest of now / before and before / now over n users, as the plain loop finds it:
   // a user's change is the first ratio when it is the greater, else the second; the result
   // starts at 0 and takes a change only when it is greater (so NaN never counts).
