@@ -27,6 +27,8 @@ class Trl_TxBitvector {
   int length() const { return bits; }
   int word_count() const { return words ? last_word + 1 : 0; }
   const uint32_t* data() const { return words; }
+  // Bits k to k + 31 where k is a multiple of 32: those of `keep` stay, the others take `value`.
+  void assign_word(int k, uint32_t value, uint32_t keep) { words[k >> 5] = (words[k >> 5] & keep) | (value & ~keep); }
   int used_in_last() const { return last_used; }
   uint32_t last_mask() const { return mask; }
 

@@ -138,9 +138,37 @@ void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
   int decision = 2 * minor - major;
   double* H = heights.data();
   n = major + 1;
+  // The loop works on local copies of the tiling and of the clutter's place, so that its
+  // stores do not make the compiler read them again; the building bits gather in a word
+  // that is written every 32 cells.
+  const Trl_MappedMatrixT<short, double>& matrix = *field.matrix;
+  const short* data = matrix.data;
+  const std::uint32_t tiles_across = matrix.tiles_across;
+  const int page_bits = matrix.page_bits, row_bits = matrix.tile_row_bits, row_mask = matrix.tile_row_mask;
+  const int column_bits = matrix.tile_column_bits, column_mask = matrix.tile_column_mask;
+  const Trl_Clutter& clutter = *terrain->clutter;
+  const int offset_i = terrain->offset_i, offset_j = terrain->offset_j;
+  const int clutter_columns = static_cast<int>(clutter.columns), clutter_rows = static_cast<int>(clutter.rows);
+  std::uint32_t word = 0;
   for (int k = 0; k < n; ++k) {
-    H[k] = field.height(col, row);
-    bits.assign(k, built(col, row));
+    const std::uint32_t c = col, r = row;
+    H[k] = data[(((r >> row_bits) * tiles_across + (c >> column_bits)) << page_bits) + ((r & row_mask) << column_bits) +
+                (c & column_mask)];
+    const int ci = col + offset_i, cj = row + offset_j;
+    bool building = false;
+    if (ci >= 0 && cj >= 0 && ci < clutter_columns && cj < clutter_rows) {
+      if (!clutter_cached) {
+        building = clutter.built(ci, cj);
+      } else {
+        if (!clutter_row_ready[cj]) decode_clutter_row(cj);
+        building = (clutter_bits[static_cast<size_t>(cj) * clutter_words + (ci >> 6)] >> (ci & 63)) & 1u;
+      }
+    }
+    word |= static_cast<std::uint32_t>(building) << (k & 31);
+    if ((k & 31) == 31) {
+      bits.assign_word(k & ~31, word, 0);
+      word = 0;
+    }
     if (column_major) col += step_col;
     else row += step_row;
     if (decision >= 0) {
@@ -151,6 +179,7 @@ void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
       decision += inc_straight;
     }
   }
+  if (n & 31) bits.assign_word(n & ~31, word, ~((std::uint32_t(1) << (n & 31)) - 1));
 }
 
 // The building bit of a height grid cell; a cell beyond the clutter raster is open ground.
