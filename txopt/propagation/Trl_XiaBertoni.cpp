@@ -204,6 +204,12 @@ void Trl_XiaBertoni::prepare_clutter_cache() {
   clutter_row_ready.assign(clutter.rows, 0);
 }
 
+void Trl_XiaBertoni::decode_clutter_rows(int first, int step) {
+  if (!clutter_cached) return;
+  for (int row = first; row < static_cast<int>(clutter_row_ready.size()); row += step)
+    if (!clutter_row_ready[row]) decode_clutter_row(row);
+}
+
 // Each column through the clutter's cell query, so that the bits are the raster's answers.
 void Trl_XiaBertoni::decode_clutter_row(int row) {
   const Trl_Clutter& clutter = *terrain->clutter;

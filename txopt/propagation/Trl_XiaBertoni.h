@@ -73,6 +73,11 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   double multi_screen() const;
   double far_loss() const;
 
+  // Decodes the clutter rows first, first + step, ... into the building-bit cache, which
+  // copies of this model then share. Rows are independent: threads may call it with
+  // different `first` and the same `step` at once. Without a cache it does nothing.
+  void decode_clutter_rows(int first, int step);
+
  private:
   void fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n);
   void prepare_clutter_cache();

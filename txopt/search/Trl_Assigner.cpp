@@ -292,8 +292,14 @@ void Trl_Assigner::fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_l
       if (shows) show_up_to(now);
     }
   };
-  std::vector<std::unique_ptr<Trl_XiaBertoni>> models;
+  // The building bits first, all rows shared out among the threads, so that the models
+  // copied from this one do not each decode them again.
   std::vector<std::thread> pool;
+  for (int k = 1; k < threads; ++k) pool.emplace_back([&model, k, threads]() { model.decode_clutter_rows(k, threads); });
+  model.decode_clutter_rows(0, threads);
+  for (std::thread& helper : pool) helper.join();
+  pool.clear();
+  std::vector<std::unique_ptr<Trl_XiaBertoni>> models;
   for (int k = 1; k < threads; ++k) models.emplace_back(new Trl_XiaBertoni(model));
   for (auto& m : models) pool.emplace_back(work, std::ref(*m), false);
   work(model, true);
