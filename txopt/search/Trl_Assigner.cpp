@@ -130,6 +130,7 @@ void Trl_Assigner::prepare(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_R
                            const parameters& settings, Trl_PathLoss& model,
                            const Trl_Terrain* terrain, const status_function& status) {
   make_tables(tx_list, rx_list, settings);
+  row_normal.assign(tx_count, -1);
   Trl_XiaBertoni* urban = dynamic_cast<Trl_XiaBertoni*>(&model);
   if (urban && terrain && terrain->loaded())
     fill_path_gains_in_angular_order(tx_list, rx_list, *urban, *terrain, status);
@@ -137,8 +138,10 @@ void Trl_Assigner::prepare(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_R
     fill_path_gains(tx_list, rx_list, model);
   fill_targets_and_noise(tx_list, rx_list, settings);
   gains_normal = Trl_UplinkKernels::available();
-  for (int k = 0; k < tx_count && gains_normal; ++k)
-    gains_normal = Trl_UplinkKernels::normal_gains(path_gain.row(k), rx_count);
+  for (int k = 0; k < tx_count && gains_normal; ++k) {
+    if (row_normal[k] < 0) row_normal[k] = Trl_UplinkKernels::normal_gains(path_gain.row(k), rx_count);
+    gains_normal = row_normal[k] != 0;
+  }
 }
 
 void Trl_Assigner::make_tables(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
@@ -336,6 +339,8 @@ bool Trl_Assigner::fill_simple_gains(const tk::list<Trl_Tx>& tx_list,
     for (int t = first; t < last; ++t) {
       double* out = in_order ? path_gain.row(t) : scratch.data();
       model.gain_row(*stations[t], x.data(), y.data(), z.data(), log_gain.data(), n, out);
+      // Checked while the row is in cache (see gains_normal).
+      if (Trl_UplinkKernels::available()) row_normal[t] = Trl_UplinkKernels::normal_gains(out, n);
       if (!in_order) {
         double* row = path_gain.row(t);
         for (int k = 0; k < n; ++k) row[column[k]] = scratch[k];

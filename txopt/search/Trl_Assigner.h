@@ -162,6 +162,7 @@ class Trl_Assigner {
   std::vector<double> interference;  // per row: I[c]
   std::vector<double> server;     // rx: noted server row, kept as a double for the vector blend
   bool gains_normal = false;     // every gain in [2^-1020, 2^1020] (see Trl_UplinkKernels)
+  std::vector<signed char> row_normal;  // per row: the same, -1 while not yet checked
   Trl_UplinkKernels wide;         // the sweeps four or eight doubles at a time, where the processor can
   // Downlink step: the rows that serve somebody and their linear system, b in its last
   // column. Kept between calls so that a search allocates nothing per candidate.
