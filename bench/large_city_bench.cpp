@@ -4,87 +4,28 @@
 // both models, one solve per strategy, and a pass that only reads the gains (the memory
 // limit of a sweep). peak_MB is the process's peak resident memory after the stage.
 #include <benchmark/benchmark.h>
-#include <sys/resource.h>
 
 #include <chrono>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <thread>
 
-#include "network/Trl_Rx.h"
-#include "network/Trl_Tx.h"
+#include "citygen_city.h"
 #include "propagation/Trl_Motorola.h"
-#include "propagation/Trl_XiaBertoni.h"
-#include "raster/Trl_Grid.h"
-#include "raster/Trl_Terrain.h"
 #include "reference_solver.h"
 #include "search/Trl_Assigner.h"
 #include "search/Trl_Assignment.h"
 #include "search/Trl_RunningStats.h"
 #include "search/Trl_UplinkKernels.h"
-#include "toolkit/directory.h"
 
 namespace {
 
 const int cells = 2000, stations = 144, users = 30000;
 
-std::string large_city_folder() {
-  const std::string dir = (std::filesystem::temp_directory_path() / "celvane_bench_large_city").string();
-  if (!std::filesystem::exists(dir + "/mu.drx")) {
-    std::filesystem::create_directories(dir);
-    const std::string command = std::string(CELVANE_BINARY_DIR) + "/apps/celvane-citygen --out " + dir +
-                                " --cells " + std::to_string(cells) + " --cell 5 --layout grid --stations " +
-                                std::to_string(stations) + " --users " + std::to_string(users);
-    if (std::system(command.c_str()) != 0) std::fprintf(stderr, "cannot make the large city\n");
-  }
-  return dir;
-}
+std::string large_city_folder() { return citygen_folder("celvane_bench_large_city", cells, 5, stations, users); }
 
-double peak_megabytes() {
-  rusage usage;
-  getrusage(RUSAGE_SELF, &usage);
-  return usage.ru_maxrss / 1024.0;
-}
-
-// Stations 30 m over the ground, users at 1.5 m with slow data (1.2 kbit/s up), read from the
-// ".dtx" and ".drx" records (number, x, y) and placed on the height grid.
-struct LargeCity {
-  Trl_Terrain* terrain = new Trl_Terrain;
-  tk::list<Trl_Tx> tx;
-  tk::list<Trl_Rx> rx;
-  LargeCity() {
-    const std::string dir = large_city_folder();
-    terrain->load(tk::to_drive_path(dir + "/terrain.map"), [](const tk::string&) {});
-    const Trl_Grid* grid = terrain->loaded() ? &terrain->height_grid() : nullptr;
-    std::ifstream bs(dir + "/bs.dtx"), mu(dir + "/mu.drx");
-    int n;
-    double x, y;
-    while (bs >> n >> x >> y) {
-      Trl_Tx s(tk::d3_point(x, y, 30), tk::string("BS%04d", n), n, 20, 2, 1, std::pow(10.0, 0.9),
-               std::pow(10.0, 0.5), 0.4, 0);
-      if (grid) s.set_cell(*grid);
-      tx.append(s);
-    }
-    while (mu >> n >> x >> y) {
-      Trl_Rx u(tk::d3_point(x, y, 1.5), n, 10, std::pow(10.0, 0.55), std::pow(10.0, 0.9), std::pow(10.0, -0.9),
-               1e-8, std::pow(10.0, -0.3), 0.66, 12.2, 1.2, 0);
-      if (grid) u.set_cell(grid->column_of(tk::point(x, y)), grid->row_of(tk::point(x, y)));
-      rx.append(u);
-    }
-  }
-  Trl_XiaBertoni urban() const {
-    return Trl_XiaBertoni(terrain, 2, 1500, 0.95, true, 5.5225, 1.8, 32.2, 35.1, 15.8493192);
-  }
-  double pairs() const { return static_cast<double>(tx.size()) * rx.size(); }
-};
-
-LargeCity& city() {
-  static LargeCity c;
-  return c;
+CitygenCity& city() {
+  static CitygenCity* c = new CitygenCity(large_city_folder());
+  return *c;
 }
 
 void per_pair(benchmark::State& state, double pairs, std::chrono::steady_clock::duration spent) {
@@ -98,7 +39,7 @@ void per_pair(benchmark::State& state, double pairs, std::chrono::steady_clock::
 
 // The simple model's table; argument 1 lets two threads fill it.
 void BM_LargeSimpleTable(benchmark::State& state) {
-  LargeCity& c = city();
+  CitygenCity& c = city();
   Trl_Motorola model(32.2, 35.1);
   Trl_Assigner assigner;
   Trl_Assigner::parallel_fill = state.range(0) != 0;
@@ -115,7 +56,7 @@ BENCHMARK(BM_LargeSimpleTable)->Arg(0)->Arg(1)->Iterations(3)->UseRealTime()->Un
 
 // The plain reference: the model's gain() per pair into a table of rows.
 void BM_LargeSimpleTableReference(benchmark::State& state) {
-  LargeCity& c = city();
+  CitygenCity& c = city();
   Trl_Motorola model(32.2, 35.1);
   const auto start = std::chrono::steady_clock::now();
   for (auto _ : state) {
@@ -133,7 +74,7 @@ BENCHMARK(BM_LargeSimpleTableReference)->Iterations(1)->UseRealTime()->Unit(benc
 
 // The Xia-Bertoni table in angular order on the given number of threads (0: the machine's).
 void BM_LargeXiaBertoniTable(benchmark::State& state) {
-  LargeCity& c = city();
+  CitygenCity& c = city();
   if (!c.terrain->loaded()) return state.SkipWithError("no large city");
   Trl_XiaBertoni m = c.urban();
   Trl_Assigner assigner;
@@ -152,7 +93,7 @@ BENCHMARK(BM_LargeXiaBertoniTable)->Arg(1)->Arg(2)->Arg(0)->Iterations(1)->UseRe
 
 // The plain reference: the same model pair by pair, users in list order.
 void BM_LargeXiaBertoniTableReference(benchmark::State& state) {
-  LargeCity& c = city();
+  CitygenCity& c = city();
   if (!c.terrain->loaded()) return state.SkipWithError("no large city");
   Trl_XiaBertoni m = c.urban();
   Trl_Assigner assigner;
