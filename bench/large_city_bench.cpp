@@ -379,9 +379,9 @@ struct SamplePlanner {
   SamplePlanner() {
     p.terrain = city().terrain;
     p.terrain->add_reference();
-    std::ifstream stations(large_city_folder() + "/bs.dtx");
+    std::ifstream records(large_city_folder() + "/bs.dtx");
     tk::point low, high;
-    Trl_Tx::read_list(stations, p.tx_template(), p.tx_list, low, high);
+    Trl_Tx::read_list(records, p.tx_template(), p.tx_list, low, high);
     tk::list<Trl_Tx> working;
     p.working_list(working);
     for (const Trl_Tx& tx : p.tx_list) {
@@ -473,10 +473,10 @@ void BM_LargeBestSetSampleReference(benchmark::State& state) {
   settings.strategy = p.solver_strategy;
   settings.bandwidth = p.bandwidth;
   settings.temperature = p.temperature;
-  tk::list<Trl_Tx> stations;
+  tk::list<Trl_Tx> placed;  // the angular fill gives each station its cell; here by hand
   for (Trl_Tx tx : s.local) {
     tx.set_cell(p.terrain->height_grid());
-    stations.append(tx);
+    placed.append(tx);
   }
   Trl_UplinkKernels::enabled = false;
   SampleClock clock;
@@ -488,10 +488,10 @@ void BM_LargeBestSetSampleReference(benchmark::State& state) {
     const double cpu = thread_seconds();
     const auto wall = std::chrono::steady_clock::now();
     p.choose_model();
-    assigner.make_tables(stations, p.rx_list, settings);
-    assigner.fill_path_gains(stations, p.rx_list, *p.model);
-    assigner.fill_targets_and_noise(stations, p.rx_list, settings);
-    Trl_Assignment a(assigner, p.rx_objective, stations);
+    assigner.make_tables(placed, p.rx_list, settings);
+    assigner.fill_path_gains(placed, p.rx_list, *p.model);
+    assigner.fill_targets_and_noise(placed, p.rx_list, settings);
+    Trl_Assignment a(assigner, p.rx_objective, placed);
     a.initial_servers();
     a.select(s.prefix);
     const bool ok = a.solve(p.validate_downlink);
