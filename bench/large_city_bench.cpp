@@ -1,90 +1,43 @@
 // The large city: 2,000 by 2,000 cells of 5 m (10 km square), 144 base stations on a lattice
 // and 30,000 users in the streets, made once by celvane-citygen into a folder of the
 // benchmarks' own. Each stage beside its plain reference in the same run: the gain table of
-// both models, one solve per strategy, and a pass that only reads the gains (the memory
-// limit of a sweep). peak_MB is the process's peak resident memory after the stage.
+// both models, one solve per strategy, a pass that only reads the gains (the memory limit of
+// a sweep), one candidate of the simple search, one generation of the genetic search and one
+// validation sample of the best-set search. peak_MB is the process's peak resident memory
+// after the stage; ratio is a reference row's time over its optimised row's time in the same
+// run (CPU time of the benchmark thread), shown when both ran.
 #include <benchmark/benchmark.h>
-#include <sys/resource.h>
+#include <ga/GASStateGA.h>
+#include <ga/garandom.h>
 
 #include <chrono>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
 #include <thread>
 
-#include "network/Trl_Rx.h"
-#include "network/Trl_Tx.h"
+#include "app/Trl_Planner.h"
+#include "citygen_city.h"
 #include "propagation/Trl_Motorola.h"
-#include "propagation/Trl_XiaBertoni.h"
-#include "raster/Trl_Grid.h"
-#include "raster/Trl_Terrain.h"
 #include "reference_solver.h"
+#include "search/MyAlleleGenome.h"
 #include "search/Trl_Assigner.h"
 #include "search/Trl_Assignment.h"
+#include "search/Trl_GaContext.h"
+#include "search/Trl_GaSearch.h"
 #include "search/Trl_RunningStats.h"
 #include "search/Trl_UplinkKernels.h"
-#include "toolkit/directory.h"
+#include "toolkit/random_source.h"
 
 namespace {
 
 const int cells = 2000, stations = 144, users = 30000;
 
-std::string large_city_folder() {
-  const std::string dir = (std::filesystem::temp_directory_path() / "celvane_bench_large_city").string();
-  if (!std::filesystem::exists(dir + "/mu.drx")) {
-    std::filesystem::create_directories(dir);
-    const std::string command = std::string(CELVANE_BINARY_DIR) + "/apps/celvane-citygen --out " + dir +
-                                " --cells " + std::to_string(cells) + " --cell 5 --layout grid --stations " +
-                                std::to_string(stations) + " --users " + std::to_string(users);
-    if (std::system(command.c_str()) != 0) std::fprintf(stderr, "cannot make the large city\n");
-  }
-  return dir;
-}
+std::string large_city_folder() { return citygen_folder("celvane_bench_large_city", cells, 5, stations, users); }
 
-double peak_megabytes() {
-  rusage usage;
-  getrusage(RUSAGE_SELF, &usage);
-  return usage.ru_maxrss / 1024.0;
-}
-
-// Stations 30 m over the ground, users at 1.5 m with slow data (1.2 kbit/s up), read from the
-// ".dtx" and ".drx" records (number, x, y) and placed on the height grid.
-struct LargeCity {
-  Trl_Terrain* terrain = new Trl_Terrain;
-  tk::list<Trl_Tx> tx;
-  tk::list<Trl_Rx> rx;
-  LargeCity() {
-    const std::string dir = large_city_folder();
-    terrain->load(tk::to_drive_path(dir + "/terrain.map"), [](const tk::string&) {});
-    const Trl_Grid* grid = terrain->loaded() ? &terrain->height_grid() : nullptr;
-    std::ifstream bs(dir + "/bs.dtx"), mu(dir + "/mu.drx");
-    int n;
-    double x, y;
-    while (bs >> n >> x >> y) {
-      Trl_Tx s(tk::d3_point(x, y, 30), tk::string("BS%04d", n), n, 20, 2, 1, std::pow(10.0, 0.9),
-               std::pow(10.0, 0.5), 0.4, 0);
-      if (grid) s.set_cell(*grid);
-      tx.append(s);
-    }
-    while (mu >> n >> x >> y) {
-      Trl_Rx u(tk::d3_point(x, y, 1.5), n, 10, std::pow(10.0, 0.55), std::pow(10.0, 0.9), std::pow(10.0, -0.9),
-               1e-8, std::pow(10.0, -0.3), 0.66, 12.2, 1.2, 0);
-      if (grid) u.set_cell(grid->column_of(tk::point(x, y)), grid->row_of(tk::point(x, y)));
-      rx.append(u);
-    }
-  }
-  Trl_XiaBertoni urban() const {
-    return Trl_XiaBertoni(terrain, 2, 1500, 0.95, true, 5.5225, 1.8, 32.2, 35.1, 15.8493192);
-  }
-  double pairs() const { return static_cast<double>(tx.size()) * rx.size(); }
-};
-
-LargeCity& city() {
-  static LargeCity c;
-  return c;
+CitygenCity& city() {
+  static CitygenCity* c = new CitygenCity(large_city_folder());
+  return *c;
 }
 
 void per_pair(benchmark::State& state, double pairs, std::chrono::steady_clock::duration spent) {
@@ -98,7 +51,7 @@ void per_pair(benchmark::State& state, double pairs, std::chrono::steady_clock::
 
 // The simple model's table; argument 1 lets two threads fill it.
 void BM_LargeSimpleTable(benchmark::State& state) {
-  LargeCity& c = city();
+  CitygenCity& c = city();
   Trl_Motorola model(32.2, 35.1);
   Trl_Assigner assigner;
   Trl_Assigner::parallel_fill = state.range(0) != 0;
@@ -115,7 +68,7 @@ BENCHMARK(BM_LargeSimpleTable)->Arg(0)->Arg(1)->Iterations(3)->UseRealTime()->Un
 
 // The plain reference: the model's gain() per pair into a table of rows.
 void BM_LargeSimpleTableReference(benchmark::State& state) {
-  LargeCity& c = city();
+  CitygenCity& c = city();
   Trl_Motorola model(32.2, 35.1);
   const auto start = std::chrono::steady_clock::now();
   for (auto _ : state) {
@@ -133,7 +86,7 @@ BENCHMARK(BM_LargeSimpleTableReference)->Iterations(1)->UseRealTime()->Unit(benc
 
 // The Xia-Bertoni table in angular order on the given number of threads (0: the machine's).
 void BM_LargeXiaBertoniTable(benchmark::State& state) {
-  LargeCity& c = city();
+  CitygenCity& c = city();
   if (!c.terrain->loaded()) return state.SkipWithError("no large city");
   Trl_XiaBertoni m = c.urban();
   Trl_Assigner assigner;
@@ -152,7 +105,7 @@ BENCHMARK(BM_LargeXiaBertoniTable)->Arg(1)->Arg(2)->Arg(0)->Iterations(1)->UseRe
 
 // The plain reference: the same model pair by pair, users in list order.
 void BM_LargeXiaBertoniTableReference(benchmark::State& state) {
-  LargeCity& c = city();
+  CitygenCity& c = city();
   if (!c.terrain->loaded()) return state.SkipWithError("no large city");
   Trl_XiaBertoni m = c.urban();
   Trl_Assigner assigner;
@@ -240,5 +193,319 @@ void BM_LargeGainRead(benchmark::State& state) {
   sweep_counters(state, 1, assigner.tx_count, assigner.rx_count);
 }
 BENCHMARK(BM_LargeGainRead)->Unit(benchmark::kMillisecond);
+
+// --------------------------------------------------------------------- ratios
+
+// Per-unit CPU seconds of each optimised row measured so far in this run, by stage.
+std::map<std::string, double>& optimised_seconds() {
+  static std::map<std::string, double> seconds;
+  return seconds;
+}
+
+// The optimised row notes its time; a reference row gets its ratio to it, when it ran.
+void note_optimised(benchmark::State& state, const std::string& stage, double seconds) {
+  optimised_seconds()[stage] = seconds;
+  state.counters["ratio"] = 1;
+}
+void ratio_counter(benchmark::State& state, const std::string& stage, double seconds) {
+  const auto found = optimised_seconds().find(stage);
+  if (found != optimised_seconds().end() && found->second > 0) state.counters["ratio"] = seconds / found->second;
+}
+
+// --------------------------------------------------------------------- simple search candidate
+
+// A candidate of the simple search as its loop makes it: the walk's subset with the positions
+// below `removed` switched off (1: all but one station; 72: half of them, the walk's first
+// candidate), written into a candidate kept between subsets and solved with the downlink
+// step off, strategy 0. Argument 2 is 0 for the plain loops of the solver. sweeps counts
+// those to convergence, 0 for an infeasible candidate (which stops after the first sweep
+// that leaves a user over its limit).
+void BM_LargeCandidate(benchmark::State& state) {
+  Trl_Assigner& assigner = prepared(0);
+  const int removed = static_cast<int>(state.range(0));
+  const bool wide = state.range(1) != 0;
+  Trl_Assignment candidate(assigner, 0, city().tx);
+  Trl_UplinkKernels::enabled = wide;
+  Trl_RunningStats stats;
+  bool ok = false;
+  const double start = thread_seconds();
+  for (auto _ : state) {
+    // What Trl_HbbWalker::write makes of the removed positions 0 to removed - 1.
+    for (int k = 0; k < candidate.tx_count; ++k) candidate.selected[k] = k >= removed;
+    candidate.used = candidate.tx_count - removed;
+    stats = Trl_RunningStats();
+    ok = candidate.solve(false, &stats);
+    benchmark::DoNotOptimize(candidate.rx_uplink[0]);
+  }
+  const double seconds = (thread_seconds() - start) / static_cast<double>(state.iterations());
+  Trl_UplinkKernels::enabled = true;
+  const std::string stage = "candidate/" + std::to_string(removed);
+  if (wide) note_optimised(state, stage, seconds);
+  else ratio_counter(state, stage, seconds);
+  state.counters["ms_per_candidate"] = seconds * 1e3;
+  state.counters["used"] = candidate.used;
+  state.counters["feasible"] = ok;
+  state.counters["sweeps"] = ok ? stats.sum : 0;
+  state.counters["peak_MB"] = peak_megabytes();
+}
+BENCHMARK(BM_LargeCandidate)->Args({1, 1})->Args({1, 0})->Args({72, 1})->Args({72, 0})->Unit(benchmark::kMillisecond);
+
+// The same candidate by the obvious simultaneous iteration.
+void BM_LargeCandidateReference(benchmark::State& state) {
+  Trl_Assigner& assigner = prepared(0);
+  const int removed = static_cast<int>(state.range(0));
+  ReferenceSolver reference(assigner);
+  reference.rows.clear();
+  for (int k = removed; k < assigner.tx_count; ++k) reference.rows.push_back(k);
+  int sweeps = 0;
+  const double start = thread_seconds();
+  for (auto _ : state) {
+    sweeps = reference.solve(false);
+    benchmark::DoNotOptimize(sweeps);
+  }
+  const double seconds = (thread_seconds() - start) / static_cast<double>(state.iterations());
+  ratio_counter(state, "candidate/" + std::to_string(removed), seconds);
+  state.counters["ms_per_candidate"] = seconds * 1e3;
+  state.counters["used"] = static_cast<double>(reference.rows.size());
+  state.counters["feasible"] = sweeps > 0;
+  state.counters["sweeps"] = sweeps > 0 ? sweeps : 0;
+  state.counters["peak_MB"] = peak_megabytes();
+}
+BENCHMARK(BM_LargeCandidateReference)->Arg(1)->Arg(72)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+// --------------------------------------------------------------------- genetic generation
+
+// Objective calls and their CPU seconds, for the solver's share of a generation.
+double objective_seconds = 0;
+long objective_calls = 0;
+
+float timed_objective(GAGenome& genome) {
+  const double start = thread_seconds();
+  const float score = MyAlleleGenome::Objective(genome);
+  objective_seconds += thread_seconds() - start;
+  ++objective_calls;
+  return score;
+}
+
+// The started algorithm with the counting objective: setting an objective marks every genome
+// as not evaluated, so the population is evaluated again here (the same scores), and a step
+// then evaluates only the genomes it makes.
+struct CountedGa : GASteadyStateGA {
+  explicit CountedGa(const GASteadyStateGA& started) : GASteadyStateGA(started) {
+    objectiveFunction(timed_objective);
+    pop->evaluate(gaTrue);
+  }
+};
+
+// The genetic search on the large city after its start, as the command sets it up (steady
+// state, 30 genomes, the expert initialiser, mutation 1 / (1.5 n)), strategy 0 and the
+// downlink step off. The start (the initialiser's bisection and the first population) is not
+// timed and is made once: each generation measured steps a copy of it with the library's
+// generator reset, so that every row and every iteration steps the same generation.
+struct GaStart {
+  Trl_Assignment candidate;
+  Trl_GaContext::Scope scope;
+  Trl_GaSearch search;
+  CountedGa* started = nullptr;
+  GaStart() : candidate(prepared(0), 0, city().tx), scope(candidate, false) {
+    search.mutation_probability = 1 / (1.5f * city().tx.size());
+    Trl_GaSearch::fix_seed(1);
+    GAGeneticAlgorithm* ga = nullptr;
+    search.start(ga, city().tx);
+    started = new CountedGa(*static_cast<GASteadyStateGA*>(ga));
+    delete ga;
+  }
+};
+
+// One generation; argument 0 is 1 for the wide loops, 0 for the plain ones.
+void BM_LargeGaGeneration(benchmark::State& state) {
+  prepared(0);
+  static GaStart* start = new GaStart;
+  const bool wide = state.range(0) != 0;
+  GASteadyStateGA generation(*start->started);
+  Trl_UplinkKernels::enabled = wide;
+  double seconds = 0, solver = 0;
+  long calls = 0, first_calls = -1;
+  float best = 0;
+  bool same = true;
+  for (auto _ : state) {
+    state.PauseTiming();
+    generation.copy(*start->started);
+    GAResetRNG(7);
+    objective_seconds = 0;
+    objective_calls = 0;
+    state.ResumeTiming();
+    const double begin = thread_seconds();
+    generation.step();
+    seconds += thread_seconds() - begin;
+    solver += objective_seconds;
+    // Every copy steps the same generation: the same evaluations and the same best.
+    const float score = generation.statistics().bestIndividual().score();
+    if (first_calls < 0) {
+      best = score;
+      first_calls = objective_calls;
+    }
+    same = same && score == best && objective_calls == first_calls;
+    calls += objective_calls;
+  }
+  Trl_UplinkKernels::enabled = true;
+  const double n = static_cast<double>(state.iterations());
+  seconds /= n;
+  if (wide) note_optimised(state, "generation", seconds);
+  else ratio_counter(state, "generation", seconds);
+  state.counters["ms_per_generation"] = seconds * 1e3;
+  state.counters["solves_per_generation"] = calls / n;
+  state.counters["solver_share"] = seconds > 0 ? solver / n / seconds : 0;
+  state.counters["best_score"] = best;
+  state.counters["peak_MB"] = peak_megabytes();
+  if (!same) state.SkipWithError("the copies stepped different generations");
+}
+BENCHMARK(BM_LargeGaGeneration)->Arg(1)->Arg(0)->Iterations(5)->Unit(benchmark::kMillisecond);
+
+// --------------------------------------------------------------------- best-set validation sample
+
+// The planner as the best-set search leaves it for a validation: the large city's terrain and
+// stations (read with the program's values and order), 30,000 users drawn uniformly in its
+// streets, and the prefix of all stations to validate. With the program's user values no
+// sample is served: at 12.2 kbit/s up the uplink fails for 30,000 users (about 210 per
+// station), and with "Validate Downlink" on the downlink step fails with every station on
+// already for samples of 400 users (two samples of 200 passed). So, as in every other
+// large-city stage, users send 1.2 kbit/s up and the downlink step is off; then every sample
+// is served.
+struct SamplePlanner {
+  Trl_Planner p;
+  tk::list<Trl_Tx> local;
+  tk::list<int> prefix;
+  SamplePlanner() {
+    p.terrain = city().terrain;
+    p.terrain->add_reference();
+    std::ifstream records(large_city_folder() + "/bs.dtx");
+    tk::point low, high;
+    Trl_Tx::read_list(records, p.tx_template(), p.tx_list, low, high);
+    tk::list<Trl_Tx> working;
+    p.working_list(working);
+    for (const Trl_Tx& tx : p.tx_list) {
+      if (tx.status == Trl_Tx::excluded) break;
+      local.append(tx);
+    }
+    for (int k = 0; k < local.size(); ++k) prefix.append(k);
+    const Trl_Grid& g = p.terrain->height_grid();
+    p.rx_region = Trl_RandomRegion(g.x0, g.x1, g.y0, g.y1, users);
+    p.only_in_street = true;
+    p.rate_up = 1.2;
+    p.validate_downlink = false;
+  }
+  // The users of sample k, the same in every row.
+  void draw(int k) {
+    p.rx_region.x_source = tk::random_source(1000 + k);
+    p.rx_region.y_source = tk::random_source(2000 + k);
+    p.generate_users();
+  }
+};
+
+SamplePlanner& sample_planner() {
+  static SamplePlanner* s = new SamplePlanner;
+  return *s;
+}
+
+struct SampleClock {
+  double cpu = 0, wall = 0, uplink = 0;
+  int served = 0;
+  // kind: 0 the optimised row, 1 a row compared with it, 2 neither (more than one thread).
+  void counters(benchmark::State& state, const std::string& stage, int kind) {
+    const double n = static_cast<double>(state.iterations());
+    if (kind == 0) note_optimised(state, stage, cpu / n);
+    else if (kind == 1) ratio_counter(state, stage, cpu / n);
+    state.counters["ms_per_sample"] = wall / n * 1e3;
+    state.counters["cpu_ms_per_sample"] = cpu / n * 1e3;
+    state.counters["served"] = served / n;
+    state.counters["uplink_W"] = served ? uplink / served : 0;
+    state.counters["peak_MB"] = peak_megabytes();
+  }
+};
+
+// One sample as the validation makes it: the table of the Xia-Bertoni model in angular order,
+// the prefix selected, the power equations solved. Drawing the users is not timed. Arguments:
+// fill threads (1 or 2) and 1 for the wide loops, 0 for the plain ones. ms_per_sample is the
+// wall time, cpu_ms_per_sample the benchmark thread's; the ratio is on the latter.
+void BM_LargeBestSetSample(benchmark::State& state) {
+  SamplePlanner& s = sample_planner();
+  Trl_Planner& p = s.p;
+  const int threads = static_cast<int>(state.range(0));
+  const bool wide = state.range(1) != 0;
+  Trl_Assigner::terrain_fill_threads = threads;
+  Trl_UplinkKernels::enabled = wide;
+  SampleClock clock;
+  int k = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    s.draw(k++);
+    state.ResumeTiming();
+    const double cpu = thread_seconds();
+    const auto wall = std::chrono::steady_clock::now();
+    p.prepare_assignment(s.local);
+    p.assignment->select(s.prefix);
+    const bool ok = p.solve_current(nullptr);
+    clock.cpu += thread_seconds() - cpu;
+    clock.wall += std::chrono::duration<double>(std::chrono::steady_clock::now() - wall).count();
+    if (ok) {
+      ++clock.served;
+      p.assignment->accumulate();
+      clock.uplink += p.assignment->uplink_sum;
+    }
+  }
+  Trl_Assigner::terrain_fill_threads = 1;
+  Trl_UplinkKernels::enabled = true;
+  clock.counters(state, "sample", threads != 1 ? 2 : wide ? 0 : 1);
+}
+BENCHMARK(BM_LargeBestSetSample)->Args({1, 1})->Args({2, 1})->Args({1, 0})->Iterations(2)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+// The same samples the plain way: the model pair by pair with the users in list order, one
+// thread, and the plain loops of the solver.
+void BM_LargeBestSetSampleReference(benchmark::State& state) {
+  SamplePlanner& s = sample_planner();
+  Trl_Planner& p = s.p;
+  Trl_Assigner assigner;
+  Trl_Assigner::parameters settings;
+  settings.tolerance = p.tolerance;
+  settings.max_iterations = p.max_iterations;
+  settings.validate_downlink = p.validate_downlink;
+  settings.strategy = p.solver_strategy;
+  settings.bandwidth = p.bandwidth;
+  settings.temperature = p.temperature;
+  tk::list<Trl_Tx> placed;  // the angular fill gives each station its cell; here by hand
+  for (Trl_Tx tx : s.local) {
+    tx.set_cell(p.terrain->height_grid());
+    placed.append(tx);
+  }
+  Trl_UplinkKernels::enabled = false;
+  SampleClock clock;
+  int k = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    s.draw(k++);
+    state.ResumeTiming();
+    const double cpu = thread_seconds();
+    const auto wall = std::chrono::steady_clock::now();
+    p.choose_model();
+    assigner.make_tables(placed, p.rx_list, settings);
+    assigner.fill_path_gains(placed, p.rx_list, *p.model);
+    assigner.fill_targets_and_noise(placed, p.rx_list, settings);
+    Trl_Assignment a(assigner, p.rx_objective, placed);
+    a.initial_servers();
+    a.select(s.prefix);
+    const bool ok = a.solve(p.validate_downlink);
+    clock.cpu += thread_seconds() - cpu;
+    clock.wall += std::chrono::duration<double>(std::chrono::steady_clock::now() - wall).count();
+    if (ok) {
+      ++clock.served;
+      a.accumulate();
+      clock.uplink += a.uplink_sum;
+    }
+  }
+  Trl_UplinkKernels::enabled = true;
+  clock.counters(state, "sample", 1);
+}
+BENCHMARK(BM_LargeBestSetSampleReference)->Iterations(2)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace
