@@ -130,7 +130,6 @@ void Trl_Assigner::prepare(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_R
                            const parameters& settings, Trl_PathLoss& model,
                            const Trl_Terrain* terrain, const status_function& status) {
   make_tables(tx_list, rx_list, settings);
-  row_normal.assign(tx_count, -1);
   Trl_XiaBertoni* urban = dynamic_cast<Trl_XiaBertoni*>(&model);
   if (urban && terrain && terrain->loaded())
     fill_path_gains_in_angular_order(tx_list, rx_list, *urban, *terrain, status);
@@ -154,6 +153,7 @@ void Trl_Assigner::make_tables(const tk::list<Trl_Tx>& tx_list, const tk::list<T
   // Both tables are written in full by the fill steps; the gains are zeroed first only
   // when a fill other than the row-wise one may leave a column out.
   path_gain.make(tx_count, rx_count, false);
+  row_normal.assign(tx_count, -1);
   for (std::vector<double>* v : {&tx_noise, &tx_max_power, &tx_pilot_power,
                                  &tx_max_channel_power, &tx_orthogonality})
     v->assign(tx_count, 0.0);
