@@ -42,6 +42,7 @@ Trl_XiaBertoni::Trl_XiaBertoni(Trl_Terrain* terrain, double frequency_ghz, doubl
       profile_size(profile_cells(terrain)),
       heights(static_cast<int>(profile_size)),
       bits(static_cast<int>(profile_size), true),
+      profile_cell_at(profile_size, -1),
       frequency(frequency_ghz * 1e9),
       wavelength(speed_of_light / (frequency_ghz * 1e9)),
       max_radius(max_radius),
@@ -62,6 +63,7 @@ Trl_XiaBertoni::Trl_XiaBertoni(const Trl_XiaBertoni& other)
       profile_size(other.profile_size),
       heights(static_cast<int>(other.profile_size)),
       bits(static_cast<int>(other.profile_size), true),
+      profile_cell_at(other.profile_size, -1),
       frequency(other.frequency),
       wavelength(other.wavelength),
       max_radius(other.max_radius),
@@ -138,37 +140,7 @@ void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
   int decision = 2 * minor - major;
   double* H = heights.data();
   n = major + 1;
-  // The loop works on local copies of the tiling and of the clutter's place, so that its
-  // stores do not make the compiler read them again; the building bits gather in a word
-  // that is written every 32 cells.
-  const Trl_MappedMatrixT<short, double>& matrix = *field.matrix;
-  const short* data = matrix.data;
-  const std::uint32_t tiles_across = matrix.tiles_across;
-  const int page_bits = matrix.page_bits, row_bits = matrix.tile_row_bits, row_mask = matrix.tile_row_mask;
-  const int column_bits = matrix.tile_column_bits, column_mask = matrix.tile_column_mask;
-  const Trl_Clutter& clutter = *terrain->clutter;
-  const int offset_i = terrain->offset_i, offset_j = terrain->offset_j;
-  const int clutter_columns = static_cast<int>(clutter.columns), clutter_rows = static_cast<int>(clutter.rows);
-  std::uint32_t word = 0;
-  for (int k = 0; k < n; ++k) {
-    const std::uint32_t c = col, r = row;
-    H[k] = data[(((r >> row_bits) * tiles_across + (c >> column_bits)) << page_bits) + ((r & row_mask) << column_bits) +
-                (c & column_mask)];
-    const int ci = col + offset_i, cj = row + offset_j;
-    bool building = false;
-    if (ci >= 0 && cj >= 0 && ci < clutter_columns && cj < clutter_rows) {
-      if (!clutter_cached) {
-        building = clutter.built(ci, cj);
-      } else {
-        if (!clutter_row_ready[cj]) decode_clutter_row(cj);
-        building = (clutter_bits[static_cast<size_t>(cj) * clutter_words + (ci >> 6)] >> (ci & 63)) & 1u;
-      }
-    }
-    word |= static_cast<std::uint32_t>(building) << (k & 31);
-    if ((k & 31) == 31) {
-      bits.assign_word(k & ~31, word, 0);
-      word = 0;
-    }
+  auto step = [&]() {
     if (column_major) col += step_col;
     else row += step_row;
     if (decision >= 0) {
@@ -177,6 +149,54 @@ void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
       decision += inc_diagonal;
     } else {
       decision += inc_straight;
+    }
+  };
+  // The loops work on local copies of the tiling and of the clutter's place, so that their
+  // stores do not make the compiler read them again.
+  const Trl_MappedMatrixT<short, double>& matrix = *field.matrix;
+  const short* data = matrix.data;
+  const std::uint32_t tiles_across = matrix.tiles_across;
+  const int page_bits = matrix.page_bits, row_bits = matrix.tile_row_bits, row_mask = matrix.tile_row_mask;
+  const int column_bits = matrix.tile_column_bits, column_mask = matrix.tile_column_mask;
+  const Trl_Clutter& clutter = *terrain->clutter;
+  const int offset_i = terrain->offset_i, offset_j = terrain->offset_j;
+  const int clutter_columns = static_cast<int>(clutter.columns), clutter_rows = static_cast<int>(clutter.rows);
+  auto height_at = [&]() {
+    const std::uint32_t c = col, r = row;
+    return data[(((r >> row_bits) * tiles_across + (c >> column_bits)) << page_bits) + ((r & row_mask) << column_bits) +
+                (c & column_mask)];
+  };
+  auto built_at = [&]() {
+    const int ci = col + offset_i, cj = row + offset_j;
+    if (ci < 0 || cj < 0 || ci >= clutter_columns || cj >= clutter_rows) return false;
+    if (!clutter_cached) return clutter.built(ci, cj);
+    if (!clutter_row_ready[cj]) decode_clutter_row(cj);
+    return ((clutter_bits[static_cast<size_t>(cj) * clutter_words + (ci >> 6)] >> (ci & 63)) & 1u) != 0;
+  };
+
+  if (reuse_profile_cells) {
+    // A cell already at its place from the line before keeps its height and bit.
+    if (profile_cells_stale) std::fill(profile_cell_at.begin(), profile_cell_at.end(), -1);
+    profile_cells_stale = false;
+    std::int64_t* known = profile_cell_at.data();
+    for (int k = 0; k < n; ++k, step()) {
+      const std::int64_t cell = (static_cast<std::int64_t>(row) << 32) | static_cast<std::uint32_t>(col);
+      if (known[k] == cell) continue;
+      known[k] = cell;
+      H[k] = height_at();
+      bits.assign(k, built_at());
+    }
+    return;
+  }
+  // Every cell read; the building bits gather in a word that is written every 32 cells.
+  profile_cells_stale = true;
+  std::uint32_t word = 0;
+  for (int k = 0; k < n; ++k, step()) {
+    H[k] = height_at();
+    word |= static_cast<std::uint32_t>(built_at()) << (k & 31);
+    if ((k & 31) == 31) {
+      bits.assign_word(k & ~31, word, 0);
+      word = 0;
     }
   }
   if (n & 31) bits.assign_word(n & ~31, word, ~((std::uint32_t(1) << (n & 31)) - 1));
