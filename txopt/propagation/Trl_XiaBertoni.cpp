@@ -43,6 +43,7 @@ Trl_XiaBertoni::Trl_XiaBertoni(Trl_Terrain* terrain, double frequency_ghz, doubl
       heights(static_cast<int>(profile_size)),
       bits(static_cast<int>(profile_size), true),
       profile_cell_at(profile_size, -1),
+      changed_places(profile_size),
       frequency(frequency_ghz * 1e9),
       wavelength(speed_of_light / (frequency_ghz * 1e9)),
       max_radius(max_radius),
@@ -64,6 +65,7 @@ Trl_XiaBertoni::Trl_XiaBertoni(const Trl_XiaBertoni& other)
       heights(static_cast<int>(other.profile_size)),
       bits(static_cast<int>(other.profile_size), true),
       profile_cell_at(other.profile_size, -1),
+      changed_places(other.profile_size),
       frequency(other.frequency),
       wavelength(other.wavelength),
       max_radius(other.max_radius),
@@ -178,11 +180,21 @@ void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
     // A cell already at its place from the line before keeps its height and bit.
     if (profile_cells_stale) std::fill(profile_cell_at.begin(), profile_cell_at.end(), -1);
     profile_cells_stale = false;
+    // First the walk, noting the places whose cell changed (without a branch on it), then
+    // the reads of those cells alone.
     std::int64_t* known = profile_cell_at.data();
+    int* changed = changed_places.data();
+    int count = 0;
     for (int k = 0; k < n; ++k, step()) {
       const std::int64_t cell = (static_cast<std::int64_t>(row) << 32) | static_cast<std::uint32_t>(col);
-      if (known[k] == cell) continue;
+      changed[count] = k;
+      count += known[k] != cell;
       known[k] = cell;
+    }
+    for (int m = 0; m < count; ++m) {
+      const int k = changed[m];
+      row = static_cast<int>(known[k] >> 32);
+      col = static_cast<int>(static_cast<std::uint32_t>(known[k]));
       H[k] = height_at();
       bits.assign(k, built_at());
     }

@@ -52,6 +52,7 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   // stand there.
   bool reuse_profile_cells = false;
   std::vector<std::int64_t> profile_cell_at;
+  std::vector<int> changed_places;  // scratch of one walk
   bool profile_cells_stale = true;
   double frequency;             // Hz
   double wavelength;            // m
