@@ -266,7 +266,7 @@ void Trl_UplinkKernels::in_sequence(const rows& R, const users& U, double* runni
 
 namespace {
 
-const int block = 64;  // users whose gains of all rows stay in cache through the three passes
+const int block = 64;  // users whose gains of all rows stay in cache through both passes
 const double estimate_margin = 1.0 / 1024;
 const double smallest_margin = 0x1p-1000;  // covers estimates that lose bits below DBL_MIN
 const int not_finite = 0x01 | 0x08 | 0x10 | 0x80;  // fpclass: NaN, +inf, -inf
@@ -316,12 +316,12 @@ const add_products_function add_products_by_count[9] = {
 }  // namespace
 
 // Blocks of users, each in two passes. First, eight users at a time: the estimates of all
-// rows, with the least and second least finite estimate of each user and the row of the
-// least. Where every user of the eight has one row alone near its least, its exact need is
-// that row's; otherwise the rows are walked again from the last down, the exact need taken
-// where the estimate is near the least (or not finite), with a strict improvement as in the
-// plain loop. Second, the new powers times the gains into each row's four partial sums,
-// grouped as weighted_sums groups them, while the block is in cache.
+// rows, with the least and second least estimate of each user and the row of the least.
+// Where every user of the eight has one row alone near its least, its exact need is that
+// row's; otherwise the rows are walked again: the least finite estimate, then from the last
+// row down the exact need where the estimate is near it (or not finite), with a strict
+// improvement as in the plain loop. Second, the new powers times the gains into each row's
+// four partial sums, grouped as weighted_sums groups them, while the block is in cache.
 template <bool start>
 void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double* old, double* p) {
   const int n = R.users, used = R.used;

@@ -9,9 +9,9 @@
 // need, divided as the plain loop does, only for the rows whose estimate lies within 2^-10
 // (relative, plus 2^-1000) of the least estimate. The row with the least exact need, and every
 // row tying with it, is always among those, so the strict minimum over the rows in their order
-// is the plain loop's. Mostly one row is near, and its need is the only division. The sweep also sums the new powers
-// into the next sweep's interference while a block of users is still in cache, so each sweep
-// reads the gain table from memory once.
+// is the plain loop's. Mostly one row is near, and its need is the only division. The sweep
+// also sums the new powers into the next sweep's interference while a block of users is still
+// in cache, so each sweep reads the gain table from memory once.
 #pragma once
 
 #include <vector>
@@ -81,10 +81,9 @@ class Trl_UplinkKernels {
   int width = 0;
   // The simultaneous sweep: the interference of each row from the powers before the sweep,
   // and from the new ones (filled by the eight-lane loops as they go, with each row's four
-  // partial sums); the estimates of one block of users.
+  // partial sums).
   std::vector<double> sums;
   std::vector<double> next_sums;
   std::vector<double> partial;
-  std::vector<double> estimates;
   bool next_sums_ready = false;
 };
