@@ -355,8 +355,9 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
         const __m512d e =
             estimate_of<start>(_mm512_maskz_loadu_pd(lanes, g), row_of(k), _mm512_set1_pd(R.noise[k]), o, a, t);
         const __m512i key = _mm512_ternarylogic_epi64(_mm512_castpd_si512(e), value_bits, _mm512_set1_epi64(k), 0xEA);
-        second = _mm512_min_epi64(_mm512_max_epi64(key, least), second);
-        least = _mm512_min_epi64(key, least);
+        // (Masked forms with every lane set: the plain ones trip a warning in GCC 12's headers.)
+        second = _mm512_mask_min_epi64(second, 0xFF, _mm512_mask_max_epi64(key, 0xFF, key, least), second);
+        least = _mm512_mask_min_epi64(least, 0xFF, key, least);
       }
       const __m512d least_value = _mm512_castsi512_pd(_mm512_and_si512(least, value_bits));
       const __m512d second_value = _mm512_castsi512_pd(_mm512_and_si512(second, value_bits));
