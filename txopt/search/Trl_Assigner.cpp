@@ -322,12 +322,18 @@ bool Trl_Assigner::fill_simple_gains(const tk::list<Trl_Tx>& tx_list,
   std::vector<int> column(n);
   bool in_order = true;
   int r = 0;
+  // Users mostly share one antenna gain: its log is taken again only when the gain changes.
+  double last_gain = 0, last_log = std::log(0.0);
   for (const Trl_Rx& rx : rx_list) {
     if (rx.number < 0 || rx.number >= n) return false;
     x[r] = rx.position.xcoord();
     y[r] = rx.position.ycoord();
     z[r] = rx.position.zcoord();
-    log_gain[r] = std::log(rx.gain);
+    if (!(rx.gain == last_gain)) {
+      last_gain = rx.gain;
+      last_log = std::log(rx.gain);
+    }
+    log_gain[r] = last_log;
     column[r] = rx.number;
     in_order = in_order && rx.number == r;
     ++r;
