@@ -168,6 +168,7 @@ void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
     return data[(((r >> row_bits) * tiles_across + (c >> column_bits)) << page_bits) + ((r & row_mask) << column_bits) +
                 (c & column_mask)];
   };
+  // The building bit of the cell; a cell beyond the clutter raster is open ground.
   auto built_at = [&]() {
     const int ci = col + offset_i, cj = row + offset_j;
     if (ci < 0 || cj < 0 || ci >= clutter_columns || cj >= clutter_rows) return false;
@@ -212,17 +213,6 @@ void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
     }
   }
   if (n & 31) bits.assign_word(n & ~31, word, ~((std::uint32_t(1) << (n & 31)) - 1));
-}
-
-// The building bit of a height grid cell; a cell beyond the clutter raster is open ground.
-bool Trl_XiaBertoni::built(int i, int j) {
-  const Trl_Clutter& clutter = *terrain->clutter;
-  const int ci = i + terrain->offset_i, cj = j + terrain->offset_j;
-  if (ci < 0 || cj < 0 || ci >= static_cast<int>(clutter.columns) || cj >= static_cast<int>(clutter.rows))
-    return false;
-  if (!clutter_cached) return clutter.built(ci, cj);
-  if (!clutter_row_ready[cj]) decode_clutter_row(cj);
-  return (clutter_bits[static_cast<size_t>(cj) * clutter_words + (ci >> 6)] >> (ci & 63)) & 1u;
 }
 
 void Trl_XiaBertoni::prepare_clutter_cache() {

@@ -90,7 +90,6 @@ class Trl_XiaBertoni : public Trl_PathLoss {
  private:
   void fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n);
   void prepare_clutter_cache();
-  bool built(int i, int j);
   void decode_clutter_row(int row);
   // Sets the distance; for a pair beyond the radius (far law) or without rasters (free
   // space) puts the gain into `result` and returns true: such pairs need no profile.
