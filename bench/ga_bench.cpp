@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cmath>
 
+#include "lattice_city.h"
 #include "network/Trl_Rx.h"
 #include "network/Trl_Tx.h"
 #include "propagation/Trl_Motorola.h"
@@ -20,32 +21,6 @@
 #include "search/Trl_GaSearch.h"
 
 namespace {
-
-// Base stations on a regular grid over 3 km by 3 km, users by a fixed linear congruential walk.
-struct GaCity {
-  tk::list<Trl_Tx> tx;
-  tk::list<Trl_Rx> rx;
-  Trl_Assigner assigner;
-  GaCity(int stations, int users, double rate) {
-    const int side = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(stations))));
-    for (int t = 0; t < stations; ++t)
-      tx.append(Trl_Tx(tk::d3_point(3000.0 * (t % side + 0.5) / side, 3000.0 * (t / side + 0.5) / side, 30),
-                       tk::string("BS%04d", t), t, 20, 2, 1, std::pow(10.0, 0.9), std::pow(10.0, 0.5), 0.4, 0));
-    unsigned state = 12345;
-    auto next = [&state]() {
-      state = state * 1103515245u + 12345u;
-      return (state >> 8) / double(1 << 24);
-    };
-    for (int r = 0; r < users; ++r)
-      rx.append(Trl_Rx(tk::d3_point(3000 * next(), 3000 * next(), 1.5), r, std::pow(10.0, 1.0),
-                       std::pow(10.0, 0.55), std::pow(10.0, 0.9), std::pow(10.0, -0.9), 1e-8,
-                       std::pow(10.0, -0.3), 0.66, rate, rate, 0));
-    Trl_Assigner::parameters p;
-    p.validate_downlink = true;
-    Trl_Motorola model(32.2, 35.1);
-    assigner.prepare(tx, rx, p, model);
-  }
-};
 
 double objective_seconds = 0;
 long objective_calls = 0;
@@ -59,7 +34,7 @@ float timed_objective(GAGenome& genome) {
 }
 
 void BM_GaGeneration(benchmark::State& state) {
-  static GaCity* city = new GaCity(40, 2000, 2.0);
+  static LatticeCity* city = new LatticeCity(40, 2000, 2.0);
   Trl_Assignment candidate(city->assigner, 0, city->tx);
   Trl_GaContext::Scope scope(candidate, true);
   Trl_GaSearch search;

@@ -13,6 +13,7 @@
 #include <streambuf>
 #include <new>
 
+#include "lattice_city.h"
 #include "network/Trl_Rx.h"
 #include "network/Trl_Tx.h"
 #include "propagation/Trl_Motorola.h"
@@ -38,35 +39,6 @@ void operator delete(void* p) noexcept { std::free(p); }
 void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 namespace {
-
-// A synthetic city of 3 km by 3 km: base stations on a regular grid, users by a fixed linear
-// congruential walk, so that every run sees the same plan and the search has work to do.
-struct City {
-  tk::list<Trl_Tx> tx;
-  tk::list<Trl_Rx> rx;
-  Trl_Assigner assigner;
-  City(int stations, int users, double rate) {
-    const int side = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(stations))));
-    for (int t = 0; t < stations; ++t) {
-      const double x = 3000.0 * (t % side + 0.5) / side, y = 3000.0 * (t / side + 0.5) / side;
-      tx.append(Trl_Tx(tk::d3_point(x, y, 30), tk::string("BS%04d", t), t, 20, 2, 1,
-                       std::pow(10.0, 0.9), std::pow(10.0, 0.5), 0.4, 0));
-    }
-    unsigned state = 12345;
-    auto next = [&state]() {
-      state = state * 1103515245u + 12345u;
-      return (state >> 8) / double(1 << 24);
-    };
-    for (int r = 0; r < users; ++r)
-      rx.append(Trl_Rx(tk::d3_point(3000 * next(), 3000 * next(), 1.5), r, std::pow(10.0, 1.0),
-                       std::pow(10.0, 0.55), std::pow(10.0, 0.9), std::pow(10.0, -0.9), 1e-8,
-                       std::pow(10.0, -0.3), 0.66, rate, rate, 0));
-    Trl_Assigner::parameters p;
-    p.validate_downlink = true;
-    Trl_Motorola model(32.2, 35.1);
-    assigner.prepare(tx, rx, p, model);
-  }
-};
 
 // -------------------------------------------------------------------------- walk alone
 
@@ -102,7 +74,7 @@ struct NullBuffer : std::streambuf {
 };
 
 struct SearchBench {
-  City city;
+  LatticeCity city;
   Trl_Assignment full;
   SearchBench(int stations, int users, double rate)
       : city(stations, users, rate), full(city.assigner, 0, city.tx) {
