@@ -27,6 +27,7 @@
 #include "search/Trl_GaSearch.h"
 #include "search/Trl_RunningStats.h"
 #include "search/Trl_UplinkKernels.h"
+#include "timed_solve.h"
 #include "toolkit/random_source.h"
 
 namespace {
@@ -150,12 +151,7 @@ void BM_LargeSolve(benchmark::State& state) {
   a.select_all();
   a.initial_servers();
   Trl_RunningStats stats;
-  bool ok = true;
-  for (auto _ : state) {
-    stats = Trl_RunningStats();
-    ok = a.solve(false, &stats);
-    benchmark::DoNotOptimize(a.rx_uplink[0]);
-  }
+  const bool ok = solve_each_iteration(state, a, stats);
   Trl_UplinkKernels::enabled = true;
   sweep_counters(state, ok ? stats.sum : assigner.max_iterations, assigner.tx_count, assigner.rx_count);
   if (!ok) state.SkipWithError("no solution");

@@ -16,6 +16,7 @@
 #include "search/Trl_RunningStats.h"
 #include "search/Trl_UplinkKernels.h"
 #include "reference_solver.h"
+#include "timed_solve.h"
 
 namespace {
 
@@ -119,12 +120,7 @@ void BM_Solve(benchmark::State& state) {
   a.select_all();
   a.initial_servers();
   Trl_RunningStats stats;
-  bool ok = true;
-  for (auto _ : state) {
-    stats = Trl_RunningStats();
-    ok = a.solve(false, &stats);
-    benchmark::DoNotOptimize(a.rx_uplink[0]);
-  }
+  const bool ok = solve_each_iteration(state, a, stats);
   Trl_UplinkKernels::enabled = true;
   const double sweeps = ok ? sweeps_of(stats) : assigner.max_iterations;
   state.counters["sweeps"] = sweeps;

@@ -17,6 +17,7 @@
 #include "search/Trl_Assigner.h"
 #include "search/Trl_Assignment.h"
 #include "search/Trl_RunningStats.h"
+#include "timed_solve.h"
 
 namespace {
 
@@ -109,13 +110,8 @@ void BM_ScaleSolve(benchmark::State& state) {
   a.select_all();
   a.initial_servers();
   Trl_RunningStats stats;
-  bool ok = false;
   const double start = thread_seconds();
-  for (auto _ : state) {
-    stats = Trl_RunningStats();
-    ok = a.solve(false, &stats);
-    benchmark::DoNotOptimize(a.rx_uplink[0]);
-  }
+  const bool ok = solve_each_iteration(state, a, stats);
   const double seconds = (thread_seconds() - start) / static_cast<double>(state.iterations());
   state.counters["ms_per_solve"] = seconds * 1e3;
   state.counters["sweeps"] = ok ? stats.sum : 0;

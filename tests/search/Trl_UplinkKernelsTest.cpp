@@ -9,10 +9,10 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <vector>
 #include <random>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "network/Trl_Rx.h"
 #include "network/Trl_Tx.h"
@@ -21,6 +21,7 @@
 #include "search/Trl_Assignment.h"
 #include "search/Trl_RunningStats.h"
 #include "search/Trl_UplinkKernels.h"
+#include "support/RandomPlan.h"
 
 namespace {
 
@@ -31,29 +32,26 @@ struct Outcome {
   std::string bits;    // every uplink and downlink power as raw bytes
 };
 
-struct RandomPlan {
+// Stations and users with the planner's figures on 2 km square; every third station shares
+// the spot of the one before, so that equal gain rows tie.
+struct TwinPlan {
   tk::list<Trl_Tx> tx;
   tk::list<Trl_Rx> rx;
-  RandomPlan(unsigned seed, int stations, int users, double rate) {
+  TwinPlan(unsigned seed, int stations, int users, double rate) {
     std::mt19937 random(seed);
     std::uniform_real_distribution<double> where(0, 2000);
     for (int t = 0; t < stations; ++t) {
-      // Every third station shares the spot of the one before: equal gain rows.
       const bool twin = t % 3 == 2;
       const double x = twin ? tx.tail().position.xcoord() : where(random);
       const double y = twin ? tx.tail().position.ycoord() : where(random);
-      tx.append(Trl_Tx(tk::d3_point(x, y, 30), tk::string("BS"), t, 20, 2, 1, std::pow(10.0, 0.9),
-                       std::pow(10.0, 0.5), 0.4, 0));
+      tx.append(default_station(tk::d3_point(x, y, 30), t));
     }
-    for (int r = 0; r < users; ++r)
-      rx.append(Trl_Rx(tk::d3_point(where(random), where(random), 1.5), r, 10, std::pow(10.0, 0.55),
-                       std::pow(10.0, 0.9), std::pow(10.0, -0.9), 1e-8, std::pow(10.0, -0.3), 0.66, rate,
-                       rate, 0));
+    for (int r = 0; r < users; ++r) rx.append(default_user(tk::d3_point(where(random), where(random), 1.5), r, rate));
   }
 };
 
 // lanes: 0 the plain loops, 4 or 8 the wide ones.
-Outcome solve(RandomPlan& plan, int strategy, int max_iterations, unsigned subset_seed, int lanes) {
+Outcome solve(TwinPlan& plan, int strategy, int max_iterations, unsigned subset_seed, int lanes) {
   Trl_UplinkKernels::enabled = lanes > 0;
   Trl_UplinkKernels::eight_lanes_enabled = lanes == 8;
   Trl_Assigner assigner;
@@ -104,7 +102,7 @@ TEST(Trl_UplinkKernels, SameResultsAsThePlainLoops) {
   };
   int solved = 0, failed = 0;
   for (const Case& c : cases) {
-    RandomPlan plan(c.seed, c.stations, c.users, c.rate);
+    TwinPlan plan(c.seed, c.stations, c.users, c.rate);
     for (int strategy = 0; strategy < 4; ++strategy) {
       const Outcome plain = solve(plan, strategy, c.max_iterations, c.subset, 0);
       for (int lanes : {4, 8}) {

@@ -1,5 +1,6 @@
 // Test support: base stations and users with the planner's default figures (20 W, 2 W pilot,
-// 1 W a channel, 9 dBi and 5 dB noise figure up; Eb/N0 10 dB down and 5.5 dB up, 12.2 kbit/s),
+// 1 W a channel, 9 dBi and 5 dB noise figure up; Eb/N0 10 dB down and 5.5 dB up, 12.2 kbit/s
+// unless another rate is given),
 // and a plan of them spread over 3 km by 3 km by a seeded generator, prepared for assignments
 // under the Motorola law.
 #pragma once
@@ -17,9 +18,9 @@ inline Trl_Tx default_station(const tk::d3_point& at, int number, int status = 0
                 status);
 }
 
-inline Trl_Rx default_user(const tk::d3_point& at, int number) {
+inline Trl_Rx default_user(const tk::d3_point& at, int number, double rate = 12.2) {
   return Trl_Rx(at, number, std::pow(10.0, 1.0), std::pow(10.0, 0.55), std::pow(10.0, 0.9), std::pow(10.0, -0.9), 1e-8,
-                std::pow(10.0, -0.3), 0.66, 12.2, 12.2, 0);
+                std::pow(10.0, -0.3), 0.66, rate, rate, 0);
 }
 
 struct RandomPlan {

@@ -64,6 +64,7 @@ Trl_XiaBertoni::Trl_XiaBertoni(const Trl_XiaBertoni& other)
       profile_size(other.profile_size),
       heights(static_cast<int>(other.profile_size)),
       bits(static_cast<int>(other.profile_size), true),
+      reuse_profile_cells(other.reuse_profile_cells),
       profile_cell_at(other.profile_size, -1),
       changed_places(other.profile_size),
       frequency(other.frequency),

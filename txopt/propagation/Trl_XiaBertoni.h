@@ -46,10 +46,10 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   tk::array<double> heights;    // m, the profile of the last call
   Trl_TxBitvector bits;         // building bits of the same profile
   // With reuse_profile_cells a profile reads only the cells where its line differs from the
-  // line before, place by place: worth it where the lines come in angular order round one base
-  // station (the angular fill switches it on), not in list order. Gains are the same either
-  // way. profile_cell_at holds per place the cell (row << 32 | column) whose height and bit
-  // stand there.
+  // line before, place by place: worth it where the lines come in angular order round one
+  // base station (the angular fill switches it on; copies keep it), not in list order. Gains
+  // are the same either way. profile_cell_at holds per place the cell (row << 32 | column)
+  // whose height and bit stand there.
   bool reuse_profile_cells = false;
   std::vector<std::int64_t> profile_cell_at;
   std::vector<int> changed_places;  // scratch of one walk

@@ -268,8 +268,9 @@ void Trl_Assigner::fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_l
   };
 
   const int threads = std::max(1, std::min(terrain_fill_threads, tx_count));
+  // Users in angular order: a line mostly repeats the cells of the one before.
+  model.reuse_profile_cells = true;
   if (threads == 1 || !numbered) {
-    model.reuse_profile_cells = true;
     row_scratch scratch;
     for (int t = 0; t < tx_count; ++t) {
       Trl_Rx::set_reference(stations[t]);
@@ -289,7 +290,6 @@ void Trl_Assigner::fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_l
       if (status) status(pathloss_progress(shown + 1, tx_count));
   };
   auto work = [&](Trl_XiaBertoni& m, bool shows) {
-    m.reuse_profile_cells = true;
     row_scratch scratch;
     for (int t; (t = next++) < tx_count;) {
       fill_row(t, m, stations[t].cell_i, stations[t].cell_j, scratch);
