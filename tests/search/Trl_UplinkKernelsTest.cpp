@@ -131,8 +131,10 @@ struct MadeUpRows {
   std::vector<const double*> pointers;
   std::vector<double> noise, target, activity, old;
   // quiet: the users' powers are so low that noise, the same on every row, sets the needs,
-  // and rows whose gains are 2^-16 apart need within 2^-16 of each other.
-  MadeUpRows(unsigned seed, int used, int n, double low_gain, bool quiet) : used(used), n(n) {
+  // and rows whose gains are 2^-16 apart need within 2^-16 of each other. odd: inputs outside
+  // the ranges where estimates order the rows: 1, users with targets of 0 and 1e-30 and
+  // activities of 1e30; 2, a negative power; 3, a row with subnormal noise.
+  MadeUpRows(unsigned seed, int used, int n, double low_gain, bool quiet, int odd = 0) : used(used), n(n) {
     std::mt19937 random(seed);
     std::uniform_real_distribution<double> unit(0, 1);
     gain.assign(used, std::vector<double>(n));
@@ -153,6 +155,12 @@ struct MadeUpRows {
       activity.push_back(0.5 + unit(random));
       old.push_back((quiet ? 1e-15 : 1e-3) * unit(random));
     }
+    if (odd == 1) {
+      for (int r = 0; r < n; r += 5) target[r] = r % 2 ? 0 : 1e-30;
+      for (int r = 1; r < n; r += 7) activity[r] = 1e30;
+    }
+    if (odd == 2) old[n / 2] = -1e-3;
+    if (odd == 3) noise[used / 2] = 1e-310;
   }
   Trl_UplinkKernels::rows rows(bool normal) const {
     return Trl_UplinkKernels::rows{pointers.data(), noise.data(), used, n, normal};
@@ -191,10 +199,12 @@ TEST(Trl_UplinkKernels, LoopsAloneOnRowsAnUlpApart) {
     int used, n;
     double low_gain;
     bool quiet;
-  } cases[] = {{1, 13, 203, 1e-14, false}, {2, 1, 9, 1e-14, false}, {3, 40, 1000, 1e-14, true},
-               {4, 9, 130, 1e-318, false}};
+    int odd;
+  } cases[] = {{1, 13, 203, 1e-14, false, 0}, {2, 1, 9, 1e-14, false, 0},  {3, 40, 1000, 1e-14, true, 0},
+               {4, 9, 130, 1e-318, false, 0}, {5, 13, 203, 1e-14, false, 1}, {6, 13, 203, 1e-14, false, 2},
+               {7, 13, 203, 1e-14, false, 3}};
   for (const auto& c : cases) {
-    const MadeUpRows m(c.seed, c.used, c.n, c.low_gain, c.quiet);
+    const MadeUpRows m(c.seed, c.used, c.n, c.low_gain, c.quiet, c.odd);
     const bool normal = c.low_gain > 1e-300;
     std::vector<double> plain_start(c.n);
     for (int r = 0; r < c.n; ++r) {

@@ -151,18 +151,20 @@ void Trl_UplinkKernels::weighted_sums(const double* p, const double* const* gain
   for (int k = 0; k < count; k += 4) sums_by_count[std::min(4, count - k)](p, gains + k, n, sum + k);
 }
 
-bool Trl_UplinkKernels::normal_gains(const double* g, int n) {
-  const __m256d low = _mm256_set1_pd(0x1p-1020), high = _mm256_set1_pd(0x1p1020);
+bool Trl_UplinkKernels::all_within(const double* v, int n, double low, double high) {
+  const __m256d lo = _mm256_set1_pd(low), hi = _mm256_set1_pd(high);
   __m256d inside = _mm256_castsi256_pd(_mm256_set1_epi64x(-1));
   int r = 0;
   for (; r + 4 <= n; r += 4) {
-    const __m256d v = _mm256_loadu_pd(g + r);
-    inside = _mm256_and_pd(inside, _mm256_and_pd(_mm256_cmp_pd(v, low, _CMP_GE_OQ), _mm256_cmp_pd(v, high, _CMP_LE_OQ)));
+    const __m256d x = _mm256_loadu_pd(v + r);
+    inside = _mm256_and_pd(inside, _mm256_and_pd(_mm256_cmp_pd(x, lo, _CMP_GE_OQ), _mm256_cmp_pd(x, hi, _CMP_LE_OQ)));
   }
   bool all = _mm256_movemask_pd(inside) == 0xF;
-  for (; r < n; ++r) all = all && g[r] >= 0x1p-1020 && g[r] <= 0x1p1020;
+  for (; r < n; ++r) all = all && v[r] >= low && v[r] <= high;
   return all;
 }
+
+bool Trl_UplinkKernels::normal_gains(const double* g, int n) { return all_within(g, n, 0x1p-1020, 0x1p1020); }
 
 double Trl_UplinkKernels::largest_change(const double* now, const double* before, int n) {
   __m256d worst = _mm256_setzero_pd();
@@ -280,12 +282,16 @@ __m512d need_of(__m512d g, __m512d I, __m512d N, __m512d o, __m512d a, __m512d t
   return _mm512_div_pd(_mm512_mul_pd(_mm512_add_pd(_mm512_mul_pd(others, a), N), t), g);
 }
 
+// The estimate leaves out what every row of a user shares: the factor target, and in the
+// sweep the user's own part of the interference, target * activity * old power, which the
+// exact need subtracts from every row alike. What is left, (activity * I + noise) / g, orders
+// the rows as the needs do, within a few units in the last place of the needs' terms, when
+// the inputs are in the ranges estimable() checks. One fused operation and one product.
 template <bool start>
-__m512d estimate_of(__m512d g, __m512d I, __m512d N, __m512d o, __m512d a, __m512d t) {
+__m512d estimate_of(__m512d g, __m512d I, __m512d N, __m512d a) {
   const __m512d reciprocal = _mm512_maskz_rcp14_pd(0xFF, g);  // maskz: no undefined register
-  if (start) return _mm512_mul_pd(_mm512_mul_pd(t, reciprocal), N);
-  const __m512d others = _mm512_sub_pd(I, _mm512_mul_pd(o, g));
-  return _mm512_mul_pd(_mm512_mul_pd(_mm512_add_pd(_mm512_mul_pd(others, a), N), t), reciprocal);
+  if (start) return _mm512_mul_pd(N, reciprocal);
+  return _mm512_mul_pd(_mm512_fmadd_pd(a, I, N), reciprocal);
 }
 
 // K rows' four partial sums (s[k] at partial + 4k) plus p[i] * g[k][j0 + i] for i < count,
@@ -326,6 +332,7 @@ template <bool start>
 void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double* old, double* p) {
   const int n = R.users, used = R.used;
   partial.assign(static_cast<size_t>(used) * 4, 0.0);
+  __mmask8 signed_powers = 0;  // lanes that gave a power below 0 or NaN
   const double* I = start ? nullptr : sums.data();
   const __m512d margin = _mm512_set1_pd(estimate_margin), smallest = _mm512_set1_pd(smallest_margin);
   const __m512d quarter_of_largest = _mm512_set1_pd(largest / 4);
@@ -344,6 +351,13 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
       const __m512d o = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, old + j);
       const __m512d a = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, U.activity + j);
       const __m512d t = _mm512_maskz_loadu_pd(lanes, U.target + j);
+      // Users whose target or activity lies outside the estimate's ranges take every row exactly.
+      __mmask8 tame = _mm512_cmp_pd_mask(t, _mm512_set1_pd(0x1p-64), _CMP_GE_OQ) &
+                      _mm512_cmp_pd_mask(t, _mm512_set1_pd(0x1p64), _CMP_LE_OQ);
+      if (!start)
+        tame &= _mm512_cmp_pd_mask(a, _mm512_setzero_pd(), _CMP_GE_OQ) &
+                _mm512_cmp_pd_mask(a, _mm512_set1_pd(0x1p64), _CMP_LE_OQ);
+      const __mmask8 wild = static_cast<__mmask8>(~tame) & lanes;
       // Each estimate becomes a key: its bits with the row number in the low 16 (a change
       // of 2^-36 at most, far inside the margin). Keys of estimates of 0 and above order as
       // the estimates do, those of negative ones below all of them, so the least and second
@@ -353,7 +367,7 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
         const double* g = R.gains[k] + j;
         _mm_prefetch(reinterpret_cast<const char*>(g + block), _MM_HINT_T1);
         const __m512d e =
-            estimate_of<start>(_mm512_maskz_loadu_pd(lanes, g), row_of(k), _mm512_set1_pd(R.noise[k]), o, a, t);
+            estimate_of<start>(_mm512_maskz_loadu_pd(lanes, g), row_of(k), _mm512_set1_pd(R.noise[k]), a);
         const __m512i key = _mm512_ternarylogic_epi64(_mm512_castpd_si512(e), value_bits, _mm512_set1_epi64(k), 0xEA);
         // (Masked forms with every lane set: the plain ones trip a warning in GCC 12's headers.)
         second = _mm512_mask_min_epi64(second, 0xFF, _mm512_mask_max_epi64(key, 0xFF, key, least), second);
@@ -368,7 +382,8 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
       const __mmask8 plain_least = _mm512_cmp_pd_mask(least_value, _mm512_setzero_pd(), _CMP_GE_OQ) &
                                    _mm512_cmp_pd_mask(least_value, quarter_of_largest, _CMP_LT_OQ);
       const __mmask8 crowded =
-          (_mm512_cmp_pd_mask(second_value, bound_of(least_value), _CMP_LE_OQ) | static_cast<__mmask8>(~plain_least)) &
+          (_mm512_cmp_pd_mask(second_value, bound_of(least_value), _CMP_LE_OQ) | static_cast<__mmask8>(~plain_least) |
+           wild) &
           lanes;
       if (!crowded) {
         // One candidate per user: its gain, interference and noise gathered by row.
@@ -388,7 +403,7 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
         __m512d finite_least = _mm512_set1_pd(infinity);
         for (int k = 0; k < used; ++k) {
           const __m512d e = estimate_of<start>(_mm512_maskz_loadu_pd(lanes, R.gains[k] + j), row_of(k),
-                                               _mm512_set1_pd(R.noise[k]), o, a, t);
+                                               _mm512_set1_pd(R.noise[k]), a);
           const __mmask8 finite = static_cast<__mmask8>(~_mm512_fpclass_pd_mask(e, not_finite));
           finite_least = _mm512_mask_min_pd(finite_least, finite, finite_least, e);
         }
@@ -396,9 +411,9 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
         for (int k = used - 1; k >= 0; --k) {
           const __m512d g = _mm512_maskz_loadu_pd(lanes, R.gains[k] + j);
           const __m512d N = _mm512_set1_pd(R.noise[k]);
-          const __m512d e = estimate_of<start>(g, row_of(k), N, o, a, t);
+          const __m512d e = estimate_of<start>(g, row_of(k), N, a);
           const __mmask8 near =
-              (_mm512_cmp_pd_mask(e, bound, _CMP_LE_OQ) | _mm512_fpclass_pd_mask(e, not_finite)) & lanes;
+              (_mm512_cmp_pd_mask(e, bound, _CMP_LE_OQ) | _mm512_fpclass_pd_mask(e, not_finite) | wild) & lanes;
           if (!near) continue;
           const __m512d need = need_of<start>(g, row_of(k), N, o, a, t);
           const __mmask8 better = _mm512_mask_cmp_pd_mask(near, need, cur, _CMP_LT_OQ);
@@ -407,6 +422,7 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
         }
       }
       _mm512_mask_storeu_pd(p + j, lanes, cur);
+      signed_powers |= _mm512_mask_cmp_pd_mask(lanes, cur, _mm512_setzero_pd(), _CMP_NGE_UQ);
       if (!start) _mm512_mask_storeu_pd(U.server + j, lanes, row);
     }
     // Whole groups of four only: the users past the last multiple of four go into the first
@@ -424,6 +440,7 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
     next_sums[k] = (l[0] + l[1]) + (l[2] + l[3]);
   }
   next_sums_ready = true;
+  next_powers_nonnegative = signed_powers == 0;
 }
 
 template void Trl_UplinkKernels::least_needs<true>(const rows&, const users&, const double*, double*);
@@ -437,9 +454,18 @@ template void Trl_UplinkKernels::least_needs<false>(const rows&, const users&, c
 
 // ---------------------------------------------------------------- the choice of loops
 
+// The estimates order the rows as the exact needs do only within these ranges (beside the
+// per-user ones checked in least_needs): each row's noise well inside the normal doubles, so
+// that no term of a need is subnormal, and, in the sweep, powers of 0 and above whose
+// interference sums are finite, so that a user's own part of a row's interference is no
+// larger than the row's sum.
+bool Trl_UplinkKernels::estimable_rows(const rows& R) {
+  return eight_lanes() && R.gains_normal && R.used <= 0x10000 && all_within(R.noise, R.used, 0x1p-900, 0x1p900);
+}
+
 void Trl_UplinkKernels::least_alone(const rows& R, const double* target, double* p) {
   next_sums_ready = false;
-  if (!eight_lanes() || !R.gains_normal || R.used > 0x10000) {
+  if (!estimable_rows(R)) {
     least_alone4(R, target, p);
     return;
   }
@@ -449,14 +475,17 @@ void Trl_UplinkKernels::least_alone(const rows& R, const double* target, double*
 
 void Trl_UplinkKernels::simultaneous(const rows& R, const users& U, const double* old, bool continuing,
                                      double* p) {
+  bool nonnegative;
   if (continuing && next_sums_ready && static_cast<int>(next_sums.size()) == R.used) {
     sums.swap(next_sums);
+    nonnegative = next_powers_nonnegative;
   } else {
     sums.resize(R.used);
     weighted_sums(old, R.gains, R.used, R.users, sums.data());
+    nonnegative = all_within(old, R.users, 0, infinity);
   }
   next_sums_ready = false;
-  if (!eight_lanes() || !R.gains_normal || R.used > 0x10000) {
+  if (!estimable_rows(R) || !nonnegative || !all_within(sums.data(), R.used, 0, largest)) {
     simultaneous4(R, U, sums.data(), old, p);
     return;
   }

@@ -4,12 +4,16 @@
 // different rows, never two terms of one sum, so each result is the same to the bit.
 //
 // On AVX-512 the start from below and the simultaneous sweep find each user's least need in
-// two steps: an estimate of every need by a multiplication with an approximate reciprocal of
-// the gain (relative error under 2^-14, on the same product as the exact need), then the exact
-// need, divided as the plain loop does, only for the rows whose estimate lies within 2^-10
-// (relative, plus 2^-1000) of the least estimate. The row with the least exact need, and every
-// row tying with it, is always among those, so the strict minimum over the rows in their order
-// is the plain loop's. Mostly one row is near, and its need is the only division. The sweep
+// two steps. First an estimate for every row: (activity * I + noise) / g, with one fused
+// operation and an approximate reciprocal of the gain (relative error under 2^-14). The exact
+// need, target * ((I - own power * g) * activity + noise) / g, differs from target times it
+// by the user's own part, target * activity * own power, the same on every row, and by a few
+// units in the last place. Then the exact need, divided as the plain loop does, only for the
+// rows whose estimate lies within 2^-10 (relative, plus 2^-1000) of the least estimate. The
+// row with the least exact need, and every row tying with it, is always among those, so the
+// strict minimum over the rows in their order is the plain loop's. Inputs outside the ranges
+// where this holds (a target, activity or noise far from 1, a negative power) take the plain
+// order. Mostly one row is near, and its need is the only division. The sweep
 // also sums the new powers into the next sweep's interference while a block of users is still
 // in cache, so each sweep reads the gain table from memory once.
 #pragma once
@@ -48,7 +52,9 @@ class Trl_UplinkKernels {
   // weighted sum groups it: four interleaved partial sums, the rest into the first.
   static void weighted_sums(const double* p, const double* const* gains, int count, int n,
                             double* sum);
-  // True when each of the n gains lies in [2^-1020, 2^1020] (NaN does not).
+  // True when each of the n values lies in [low, high] (NaN does not).
+  static bool all_within(const double* v, int n, double low, double high);
+  // True when each of the n gains lies in [2^-1020, 2^1020].
   static bool normal_gains(const double* g, int n);
   // The largest of now / before and before / now over n users, as the plain loop finds it:
   // a user's change is the first ratio when it is the greater, else the second; the result
@@ -70,6 +76,7 @@ class Trl_UplinkKernels {
 
  private:
   void interference(const rows& R, const double* running);
+  static bool estimable_rows(const rows& R);
   template <bool start>
   void least_needs(const rows& R, const users& U, const double* old, double* p);
 
@@ -86,4 +93,5 @@ class Trl_UplinkKernels {
   std::vector<double> next_sums;
   std::vector<double> partial;
   bool next_sums_ready = false;
+  bool next_powers_nonnegative = false;  // and the powers summed into them were all 0 or above
 };
