@@ -143,21 +143,20 @@ void sweep_counters(benchmark::State& state, double sweeps, double rows, double 
   state.counters["peak_MB"] = peak_megabytes();
 }
 
-// One solve with every station on; argument 2 is 0 for the plain loops of the solver.
+// One solve with every station on; argument 2 chooses the loops of the solver (Wide_loops).
 void BM_LargeSolve(benchmark::State& state) {
   Trl_Assigner& assigner = prepared(static_cast<int>(state.range(0)));
-  Trl_UplinkKernels::enabled = state.range(1) != 0;
+  const Wide_loops loops(state.range(1));
   Trl_Assignment a(assigner, 0, city().tx);
   a.select_all();
   a.initial_servers();
   Trl_RunningStats stats;
   const bool ok = solve_each_iteration(state, a, stats);
-  Trl_UplinkKernels::enabled = true;
   sweep_counters(state, ok ? stats.sum : assigner.max_iterations, assigner.tx_count, assigner.rx_count);
   if (!ok) state.SkipWithError("no solution");
 }
 BENCHMARK(BM_LargeSolve)
-    ->Args({0, 1})->Args({0, 0})->Args({1, 1})->Args({2, 1})->Args({2, 0})->Args({3, 1})
+    ->Args({0, 2})->Args({0, 1})->Args({0, 0})->Args({1, 2})->Args({1, 1})->Args({2, 2})->Args({2, 0})->Args({3, 2})
     ->Unit(benchmark::kMillisecond);
 
 // The obvious simultaneous iteration (the in-sequence one is quadratic in the users).

@@ -107,11 +107,12 @@ BENCHMARK(BM_PrepareReference)->Unit(benchmark::kMillisecond);
 // Sweeps of the last solve, from the running statistics.
 double sweeps_of(const Trl_RunningStats& stats) { return stats.count > 0 ? stats.sum / stats.count : 0; }
 
-// Argument 3 is 0 for the plain loops of the solver (the wide ones switched off).
+// Argument 3 is 0 for the plain loops of the solver (the wide ones switched off), 1 for the
+// wide ones on one thread, 2 for them on as many as they take.
 void BM_Solve(benchmark::State& state) {
   const int strategy = static_cast<int>(state.range(0));
   const int users = static_cast<int>(state.range(1));
-  Trl_UplinkKernels::enabled = state.range(2) != 0;
+  const Wide_loops loops(state.range(2));
   City city(40, users);
   Trl_Motorola model(32.2, 35.1);
   Trl_Assigner assigner;
@@ -121,7 +122,6 @@ void BM_Solve(benchmark::State& state) {
   a.initial_servers();
   Trl_RunningStats stats;
   const bool ok = solve_each_iteration(state, a, stats);
-  Trl_UplinkKernels::enabled = true;
   const double sweeps = ok ? sweeps_of(stats) : assigner.max_iterations;
   state.counters["sweeps"] = sweeps;
   state.counters["ns_per_user_row_sweep"] = benchmark::Counter(
@@ -130,8 +130,8 @@ void BM_Solve(benchmark::State& state) {
   if (!ok) state.SkipWithError("no solution");
 }
 BENCHMARK(BM_Solve)
-    ->Args({0, 10000, 1})->Args({0, 10000, 0})->Args({2, 10000, 1})->Args({2, 10000, 0})
-    ->Args({0, 500, 1})->Args({2, 500, 1})->Unit(benchmark::kMillisecond);
+    ->Args({0, 10000, 2})->Args({0, 10000, 1})->Args({0, 10000, 0})->Args({2, 10000, 2})->Args({2, 10000, 0})
+    ->Args({0, 500, 2})->Args({2, 500, 2})->Unit(benchmark::kMillisecond);
 
 void BM_SolveReference(benchmark::State& state) {
   const int strategy = static_cast<int>(state.range(0));

@@ -50,10 +50,27 @@ struct TwinPlan {
   }
 };
 
-// lanes: 0 the plain loops, 4 or 8 the wide ones.
-Outcome solve(TwinPlan& plan, int strategy, int max_iterations, unsigned subset_seed, int lanes) {
+// Switches the loops: lanes 0 the plain ones, 4 or 8 the wide ones; the eight-lane ones on
+// one thread or, with any number of users, on two.
+void use_loops(int lanes, int threads) {
   Trl_UplinkKernels::enabled = lanes > 0;
   Trl_UplinkKernels::eight_lanes_enabled = lanes == 8;
+  Trl_UplinkKernels::threads = threads;
+  Trl_UplinkKernels::two_threads_from = 0;
+}
+
+void use_default_loops() {
+  Trl_UplinkKernels::enabled = Trl_UplinkKernels::eight_lanes_enabled = true;
+  Trl_UplinkKernels::threads = 2;
+  Trl_UplinkKernels::two_threads_from = 1 << 17;
+}
+
+const struct Loops {
+  int lanes, threads;
+} wide_loops[] = {{4, 1}, {8, 1}, {8, 2}};
+
+Outcome solve(TwinPlan& plan, int strategy, int max_iterations, unsigned subset_seed, Loops loops) {
+  use_loops(loops.lanes, loops.threads);
   Trl_Assigner assigner;
   Trl_Assigner::parameters p;
   p.strategy = strategy;
@@ -79,7 +96,7 @@ Outcome solve(TwinPlan& plan, int strategy, int max_iterations, unsigned subset_
     for (double v : {a.rx_uplink[r], a.rx_downlink[r], static_cast<double>(a.serving[r])})
       o.bits.append(reinterpret_cast<const char*>(&v), sizeof v);
   }
-  Trl_UplinkKernels::enabled = Trl_UplinkKernels::eight_lanes_enabled = true;
+  use_default_loops();
   return o;
 }
 
@@ -104,11 +121,11 @@ TEST(Trl_UplinkKernels, SameResultsAsThePlainLoops) {
   for (const Case& c : cases) {
     TwinPlan plan(c.seed, c.stations, c.users, c.rate);
     for (int strategy = 0; strategy < 4; ++strategy) {
-      const Outcome plain = solve(plan, strategy, c.max_iterations, c.subset, 0);
-      for (int lanes : {4, 8}) {
-        const Outcome wide = solve(plan, strategy, c.max_iterations, c.subset, lanes);
+      const Outcome plain = solve(plan, strategy, c.max_iterations, c.subset, Loops{0, 1});
+      for (Loops loops : wide_loops) {
+        const Outcome wide = solve(plan, strategy, c.max_iterations, c.subset, loops);
         SCOPED_TRACE("seed " + std::to_string(c.seed) + " strategy " + std::to_string(strategy) + " lanes " +
-                     std::to_string(lanes));
+                     std::to_string(loops.lanes) + " threads " + std::to_string(loops.threads));
         EXPECT_EQ(plain.ok, wide.ok);
         EXPECT_EQ(plain.sweeps, wide.sweeps);
         EXPECT_EQ(plain.report, wide.report);
@@ -212,9 +229,10 @@ TEST(Trl_UplinkKernels, LoopsAloneOnRowsAnUlpApart) {
       for (int k = 0; k < c.used; ++k) least = std::min(least, m.target[r] / m.gain[k][r] * m.noise[k]);
       plain_start[r] = least;
     }
-    for (bool eight : {false, true}) {
-      SCOPED_TRACE("seed " + std::to_string(c.seed) + (eight ? " eight lanes" : " four lanes"));
-      Trl_UplinkKernels::eight_lanes_enabled = eight;
+    for (Loops loops : wide_loops) {
+      SCOPED_TRACE("seed " + std::to_string(c.seed) + " lanes " + std::to_string(loops.lanes) + " threads " +
+                   std::to_string(loops.threads));
+      use_loops(loops.lanes, loops.threads);
       Trl_UplinkKernels wide;
       std::vector<double> start(c.n);
       wide.least_alone(m.rows(normal), m.target.data(), start.data());
@@ -233,7 +251,7 @@ TEST(Trl_UplinkKernels, LoopsAloneOnRowsAnUlpApart) {
         plain_old = plain_p;
       }
     }
-    Trl_UplinkKernels::eight_lanes_enabled = true;
+    use_default_loops();
   }
 }
 

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <thread>
+
+#include "search/Trl_WorkerThread.h"
 
 namespace {
 
@@ -15,6 +18,8 @@ const double infinity = std::numeric_limits<double>::infinity();
 
 bool Trl_UplinkKernels::enabled = true;
 bool Trl_UplinkKernels::eight_lanes_enabled = true;
+int Trl_UplinkKernels::threads = std::thread::hardware_concurrency() >= 2 ? 2 : 1;
+double Trl_UplinkKernels::two_threads_from = 1 << 17;
 
 bool Trl_UplinkKernels::available() {
   static const bool avx2 = __builtin_cpu_supports("avx2");
@@ -268,7 +273,12 @@ void Trl_UplinkKernels::in_sequence(const rows& R, const users& U, double* runni
 
 namespace {
 
-const int block = 64;  // users whose gains of all rows stay in cache through both passes
+// Users per block: on one thread, few enough that the gains of all rows stay in the nearest
+// caches from the estimates to the sums; on two, more, so that the threads meet less often,
+// each with half the rows (and two blocks in cache at a time).
+const int block_alone = 64;
+const int block_split = 256;
+const int groups_per_block = block_split / 8;
 const double estimate_margin = 1.0 / 1024;
 const double smallest_margin = 0x1p-1000;  // covers estimates that lose bits below DBL_MIN
 const int not_finite = 0x01 | 0x08 | 0x10 | 0x80;  // fpclass: NaN, +inf, -inf
@@ -321,117 +331,193 @@ const add_products_function add_products_by_count[9] = {
 
 }  // namespace
 
-// Blocks of users, each in two passes. First, eight users at a time: the estimates of all
-// rows, with the least and second least estimate of each user and the row of the least.
-// Where every user of the eight has one row alone near its least, its exact need is that
-// row's; otherwise the rows are walked again: the least finite estimate, then from the last
-// row down the exact need where the estimate is near it (or not finite), with a strict
-// improvement as in the plain loop. Second, the new powers times the gains into each row's
-// four partial sums, grouped as weighted_sums groups them, while the block is in cache.
+// Blocks of users, each in three passes, by one thread or by two that share the rows out.
+// First, eight users at a time, each thread over its rows: the estimates, with the least and
+// second least key of each user. Second, each thread for its share of the block's users:
+// where one row alone is near the least over all rows, its exact need is the user's;
+// otherwise the rows are walked again, all of them: the least finite estimate, then from the
+// last row down the exact need where the estimate is near it (or not finite), with a strict
+// improvement as in the plain loop. Third, each thread over its rows: the new powers times the
+// gains into each row's four partial sums, grouped as weighted_sums groups them, while the
+// block is in cache. Each row's sum is added by one thread in the users' order, so the split
+// changes no result.
 template <bool start>
 void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double* old, double* p) {
   const int n = R.users, used = R.used;
   partial.assign(static_cast<size_t>(used) * 4, 0.0);
-  __mmask8 signed_powers = 0;  // lanes that gave a power below 0 or NaN
+  keys.resize(static_cast<size_t>(2) * 2 * 2 * groups_per_block * 8);
+  const bool split = threads >= 2 && used >= 2 && static_cast<double>(used) * n >= two_threads_from;
   const double* I = start ? nullptr : sums.data();
-  const __m512d margin = _mm512_set1_pd(estimate_margin), smallest = _mm512_set1_pd(smallest_margin);
-  const __m512d quarter_of_largest = _mm512_set1_pd(largest / 4);
-  const __m512i lane_offsets = _mm512_setr_epi64(0, 8, 16, 24, 32, 40, 48, 56);
-  const __m512i row_bits = _mm512_set1_epi64(0xFFFF), value_bits = _mm512_set1_epi64(~int64_t{0xFFFF});
-  auto row_of = [&](int k) { return _mm512_set1_pd(start ? 0 : I[k]); };
-  // Estimates up to this lie near the least.
-  auto bound_of = [&](__m512d least) {
-    return _mm512_add_pd(_mm512_add_pd(least, _mm512_mul_pd(_mm512_abs_pd(least), margin)), smallest);
-  };
-  for (int j0 = 0; j0 < n; j0 += block) {
-    const int in_block = std::min(block, n - j0);
-    for (int v = 0; v < in_block; v += 8) {
-      const int j = j0 + v;
-      const __mmask8 lanes = j + 8 <= n ? 0xFF : static_cast<__mmask8>((1u << (n - j)) - 1);
-      const __m512d o = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, old + j);
-      const __m512d a = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, U.activity + j);
-      const __m512d t = _mm512_maskz_loadu_pd(lanes, U.target + j);
-      // Users whose target or activity lies outside the estimate's ranges take every row exactly.
-      __mmask8 tame = _mm512_cmp_pd_mask(t, _mm512_set1_pd(0x1p-64), _CMP_GE_OQ) &
-                      _mm512_cmp_pd_mask(t, _mm512_set1_pd(0x1p64), _CMP_LE_OQ);
-      if (!start)
-        tame &= _mm512_cmp_pd_mask(a, _mm512_setzero_pd(), _CMP_GE_OQ) &
-                _mm512_cmp_pd_mask(a, _mm512_set1_pd(0x1p64), _CMP_LE_OQ);
-      const __mmask8 wild = static_cast<__mmask8>(~tame) & lanes;
-      // Each estimate becomes a key: its bits with the row number in the low 16 (a change
-      // of 2^-36 at most, far inside the margin). Keys of estimates of 0 and above order as
-      // the estimates do, those of negative ones below all of them, so the least and second
-      // least key are integer minima, off the floating-point pipes.
-      __m512i least = _mm512_set1_epi64(std::numeric_limits<int64_t>::max()), second = least;
-      for (int k = 0; k < used; ++k) {
-        const double* g = R.gains[k] + j;
-        _mm_prefetch(reinterpret_cast<const char*>(g + block), _MM_HINT_T1);
-        const __m512d e =
-            estimate_of<start>(_mm512_maskz_loadu_pd(lanes, g), row_of(k), _mm512_set1_pd(R.noise[k]), a);
-        const __m512i key = _mm512_ternarylogic_epi64(_mm512_castpd_si512(e), value_bits, _mm512_set1_epi64(k), 0xEA);
-        // (Masked forms with every lane set: the plain ones trip a warning in GCC 12's headers.)
-        second = _mm512_mask_min_epi64(second, 0xFF, _mm512_mask_max_epi64(key, 0xFF, key, least), second);
-        least = _mm512_mask_min_epi64(least, 0xFF, key, least);
+  meeting[0].store(0, std::memory_order_relaxed);
+  meeting[1].store(0, std::memory_order_relaxed);
+  bool signed_powers[2] = {false, false};  // a thread gave a power below 0 or NaN
+
+  auto part = [&, n, used, I](int T, int parts) {
+    const int k_lo = used * T / parts, k_hi = used * (T + 1) / parts;
+    const __m512d margin = _mm512_set1_pd(estimate_margin), smallest = _mm512_set1_pd(smallest_margin);
+    const __m512d quarter_of_largest = _mm512_set1_pd(largest / 4);
+    const __m512i lane_offsets = _mm512_setr_epi64(0, 8, 16, 24, 32, 40, 48, 56);
+    const __m512i row_bits = _mm512_set1_epi64(0xFFFF), value_bits = _mm512_set1_epi64(~int64_t{0xFFFF});
+    auto row_of = [&](int k) { return _mm512_set1_pd(start ? 0 : I[k]); };
+    // Estimates up to this lie near the least.
+    auto bound_of = [&](__m512d least) {
+      return _mm512_add_pd(_mm512_add_pd(least, _mm512_mul_pd(_mm512_abs_pd(least), margin)), smallest);
+    };
+    auto lanes_at = [n](int j) { return j + 8 <= n ? __mmask8{0xFF} : static_cast<__mmask8>((1u << (n - j)) - 1); };
+    __mmask8 signed_lanes = 0;
+    int meetings = 0;
+    auto meet = [&] {
+      if (parts == 1) return;
+      meeting[T].store(++meetings, std::memory_order_release);
+      for (int spins = 0; meeting[1 - T].load(std::memory_order_acquire) < meetings; ++spins) {
+        if (spins < 1 << 14) _mm_pause();
+        else std::this_thread::yield();
       }
-      const __m512d least_value = _mm512_castsi512_pd(_mm512_and_si512(least, value_bits));
-      const __m512d second_value = _mm512_castsi512_pd(_mm512_and_si512(second, value_bits));
-      __m512d cur = _mm512_mask_loadu_pd(_mm512_set1_pd(largest), lanes, p + j);
-      __m512d row = start ? _mm512_setzero_pd() : _mm512_mask_loadu_pd(_mm512_setzero_pd(), lanes, U.server + j);
-      // Walked again: users with a second row near the least, and users whose least is
-      // negative, NaN, or not safely below an estimate that overflowed.
-      const __mmask8 plain_least = _mm512_cmp_pd_mask(least_value, _mm512_setzero_pd(), _CMP_GE_OQ) &
-                                   _mm512_cmp_pd_mask(least_value, quarter_of_largest, _CMP_LT_OQ);
-      const __mmask8 crowded =
-          (_mm512_cmp_pd_mask(second_value, bound_of(least_value), _CMP_LE_OQ) | static_cast<__mmask8>(~plain_least) |
-           wild) &
-          lanes;
-      if (!crowded) {
-        // One candidate per user: its gain, interference and noise gathered by row.
-        const __m512i least_row = _mm512_and_si512(least, row_bits);
-        const __m512i row_pointers = _mm512_mask_i64gather_epi64(least_row, 0xFF, least_row, R.gains, 8);
-        const __m512i at = _mm512_add_epi64(row_pointers, _mm512_add_epi64(_mm512_set1_epi64(j * 8), lane_offsets));
-        const __m512d g = _mm512_mask_i64gather_pd(_mm512_set1_pd(1), lanes, at, nullptr, 1);
-        const __m512d N = _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, least_row, R.noise, 8);
-        const __m512d Ik = start ? _mm512_setzero_pd() : _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, least_row, I, 8);
-        const __m512d need = need_of<start>(g, Ik, N, o, a, t);
-        const __mmask8 better = _mm512_mask_cmp_pd_mask(lanes, need, cur, _CMP_LT_OQ);
-        cur = _mm512_mask_blend_pd(better, cur, need);
-        row = _mm512_mask_blend_pd(better, row, _mm512_cvtepi64_pd(least_row));
-      } else {
-        // The least finite estimate, then every row near it or not finite, from the last
-        // row down with a strict improvement.
-        __m512d finite_least = _mm512_set1_pd(infinity);
-        for (int k = 0; k < used; ++k) {
-          const __m512d e = estimate_of<start>(_mm512_maskz_loadu_pd(lanes, R.gains[k] + j), row_of(k),
-                                               _mm512_set1_pd(R.noise[k]), a);
-          const __mmask8 finite = static_cast<__mmask8>(~_mm512_fpclass_pd_mask(e, not_finite));
-          finite_least = _mm512_mask_min_pd(finite_least, finite, finite_least, e);
+    };
+    const int block = parts == 1 ? block_alone : block_split;
+    auto groups_of = [n, block](int b) { return (std::min(block, n - b * block) + 7) / 8; };
+    auto keys_of = [&](int b, int thread) { return keys.data() + ((b & 1) * 2 + thread) * 2 * groups_per_block * 8; };
+    auto estimate_pass = [&](int b) {
+      int64_t* least_keys = keys_of(b, T);
+      int64_t* second_keys = least_keys + groups_per_block * 8;
+      for (int v = 0; v < groups_of(b); ++v) {
+        const int j = b * block + 8 * v;
+        const __mmask8 lanes = lanes_at(j);
+        const __m512d a = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, U.activity + j);
+        // Each estimate becomes a key: its bits with the row number in the low 16 (a change
+        // of 2^-36 at most, far inside the margin). Keys of estimates of 0 and above order as
+        // the estimates do, those of negative ones below all of them, so the least and second
+        // least key are integer minima, off the floating-point pipes.
+        __m512i least = _mm512_set1_epi64(std::numeric_limits<int64_t>::max()), second = least;
+        for (int k = k_lo; k < k_hi; ++k) {
+          const double* g = R.gains[k] + j;
+          _mm_prefetch(reinterpret_cast<const char*>(g + block), _MM_HINT_T1);
+          const __m512d e = estimate_of<start>(_mm512_maskz_loadu_pd(lanes, g), row_of(k), _mm512_set1_pd(R.noise[k]), a);
+          const __m512i key = _mm512_ternarylogic_epi64(_mm512_castpd_si512(e), value_bits, _mm512_set1_epi64(k), 0xEA);
+          // (Masked forms with every lane set: the plain ones trip a warning in GCC 12's headers.)
+          second = _mm512_mask_min_epi64(second, 0xFF, _mm512_mask_max_epi64(key, 0xFF, key, least), second);
+          least = _mm512_mask_min_epi64(least, 0xFF, key, least);
         }
-        const __m512d bound = bound_of(finite_least);
-        for (int k = used - 1; k >= 0; --k) {
-          const __m512d g = _mm512_maskz_loadu_pd(lanes, R.gains[k] + j);
-          const __m512d N = _mm512_set1_pd(R.noise[k]);
-          const __m512d e = estimate_of<start>(g, row_of(k), N, a);
-          const __mmask8 near =
-              (_mm512_cmp_pd_mask(e, bound, _CMP_LE_OQ) | _mm512_fpclass_pd_mask(e, not_finite) | wild) & lanes;
-          if (!near) continue;
-          const __m512d need = need_of<start>(g, row_of(k), N, o, a, t);
-          const __mmask8 better = _mm512_mask_cmp_pd_mask(near, need, cur, _CMP_LT_OQ);
+        _mm512_storeu_si512(least_keys + 8 * v, least);
+        _mm512_storeu_si512(second_keys + 8 * v, second);
+      }
+    };
+    auto need_pass = [&](int b) {
+      const int groups = groups_of(b);
+      auto key_at = [&](int thread, int which, int v) {
+        return _mm512_loadu_si512(keys_of(b, thread) + (which * groups_per_block + v) * 8);
+      };
+      for (int v = groups * T / parts; v < groups * (T + 1) / parts; ++v) {
+        const int j = b * block + 8 * v;
+        const __mmask8 lanes = lanes_at(j);
+        __m512i least = key_at(0, 0, v), second = key_at(0, 1, v);
+        if (parts == 2) {
+          const __m512i other_least = key_at(1, 0, v);
+          const __m512i other_second = key_at(1, 1, v);
+          second = _mm512_mask_min_epi64(second, 0xFF, second, other_second);
+          second = _mm512_mask_min_epi64(second, 0xFF, second, _mm512_mask_max_epi64(least, 0xFF, least, other_least));
+          least = _mm512_mask_min_epi64(least, 0xFF, least, other_least);
+        }
+        const __m512d o = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, old + j);
+        const __m512d a = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, U.activity + j);
+        const __m512d t = _mm512_maskz_loadu_pd(lanes, U.target + j);
+        // Users whose target or activity lies outside the estimate's ranges take every row exactly.
+        __mmask8 tame = _mm512_cmp_pd_mask(t, _mm512_set1_pd(0x1p-64), _CMP_GE_OQ) &
+                        _mm512_cmp_pd_mask(t, _mm512_set1_pd(0x1p64), _CMP_LE_OQ);
+        if (!start)
+          tame &= _mm512_cmp_pd_mask(a, _mm512_setzero_pd(), _CMP_GE_OQ) &
+                  _mm512_cmp_pd_mask(a, _mm512_set1_pd(0x1p64), _CMP_LE_OQ);
+        const __mmask8 wild = static_cast<__mmask8>(~tame) & lanes;
+        const __m512d least_value = _mm512_castsi512_pd(_mm512_and_si512(least, value_bits));
+        const __m512d second_value = _mm512_castsi512_pd(_mm512_and_si512(second, value_bits));
+        __m512d cur = _mm512_mask_loadu_pd(_mm512_set1_pd(largest), lanes, p + j);
+        __m512d row = start ? _mm512_setzero_pd() : _mm512_mask_loadu_pd(_mm512_setzero_pd(), lanes, U.server + j);
+        // Walked again: users with a second row near the least, and users whose least is
+        // negative, NaN, or not safely below an estimate that overflowed.
+        const __mmask8 plain_least = _mm512_cmp_pd_mask(least_value, _mm512_setzero_pd(), _CMP_GE_OQ) &
+                                     _mm512_cmp_pd_mask(least_value, quarter_of_largest, _CMP_LT_OQ);
+        const __mmask8 crowded = (_mm512_cmp_pd_mask(second_value, bound_of(least_value), _CMP_LE_OQ) |
+                                  static_cast<__mmask8>(~plain_least) | wild) &
+                                 lanes;
+        if (!crowded) {
+          // One candidate per user: its gain, interference and noise gathered by row.
+          const __m512i least_row = _mm512_and_si512(least, row_bits);
+          const __m512i row_pointers = _mm512_mask_i64gather_epi64(least_row, 0xFF, least_row, R.gains, 8);
+          const __m512i at = _mm512_add_epi64(row_pointers, _mm512_add_epi64(_mm512_set1_epi64(j * 8), lane_offsets));
+          const __m512d g = _mm512_mask_i64gather_pd(_mm512_set1_pd(1), lanes, at, nullptr, 1);
+          const __m512d N = _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, least_row, R.noise, 8);
+          const __m512d Ik = start ? _mm512_setzero_pd() : _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, least_row, I, 8);
+          const __m512d need = need_of<start>(g, Ik, N, o, a, t);
+          const __mmask8 better = _mm512_mask_cmp_pd_mask(lanes, need, cur, _CMP_LT_OQ);
           cur = _mm512_mask_blend_pd(better, cur, need);
-          row = _mm512_mask_blend_pd(better, row, _mm512_set1_pd(k));
+          row = _mm512_mask_blend_pd(better, row, _mm512_cvtepi64_pd(least_row));
+        } else {
+          // The least finite estimate, then every row near it or not finite, from the last
+          // row down with a strict improvement.
+          __m512d finite_least = _mm512_set1_pd(infinity);
+          for (int k = 0; k < used; ++k) {
+            const __m512d e = estimate_of<start>(_mm512_maskz_loadu_pd(lanes, R.gains[k] + j), row_of(k),
+                                                 _mm512_set1_pd(R.noise[k]), a);
+            const __mmask8 finite = static_cast<__mmask8>(~_mm512_fpclass_pd_mask(e, not_finite));
+            finite_least = _mm512_mask_min_pd(finite_least, finite, finite_least, e);
+          }
+          const __m512d bound = bound_of(finite_least);
+          for (int k = used - 1; k >= 0; --k) {
+            const __m512d g = _mm512_maskz_loadu_pd(lanes, R.gains[k] + j);
+            const __m512d N = _mm512_set1_pd(R.noise[k]);
+            const __m512d e = estimate_of<start>(g, row_of(k), N, a);
+            const __mmask8 near =
+                (_mm512_cmp_pd_mask(e, bound, _CMP_LE_OQ) | _mm512_fpclass_pd_mask(e, not_finite) | wild) & lanes;
+            if (!near) continue;
+            const __m512d need = need_of<start>(g, row_of(k), N, o, a, t);
+            const __mmask8 better = _mm512_mask_cmp_pd_mask(near, need, cur, _CMP_LT_OQ);
+            cur = _mm512_mask_blend_pd(better, cur, need);
+            row = _mm512_mask_blend_pd(better, row, _mm512_set1_pd(k));
+          }
         }
+        _mm512_mask_storeu_pd(p + j, lanes, cur);
+        signed_lanes |= _mm512_mask_cmp_pd_mask(lanes, cur, _mm512_setzero_pd(), _CMP_NGE_UQ);
+        if (!start) _mm512_mask_storeu_pd(U.server + j, lanes, row);
       }
-      _mm512_mask_storeu_pd(p + j, lanes, cur);
-      signed_powers |= _mm512_mask_cmp_pd_mask(lanes, cur, _mm512_setzero_pd(), _CMP_NGE_UQ);
-      if (!start) _mm512_mask_storeu_pd(U.server + j, lanes, row);
-    }
+    };
     // Whole groups of four only: the users past the last multiple of four go into the first
     // partial sum at the end, as in weighted_sums. Eight rows at a time keep eight chains of
     // additions going.
-    const int grouped = j0 + in_block == n ? in_block / 4 * 4 : in_block;
-    for (int k0 = 0; k0 < used; k0 += 8)
-      add_products_by_count[std::min(8, used - k0)](p + j0, R.gains + k0, j0, grouped,
-                                                     partial.data() + 4 * k0);
+    auto sum_pass = [&](int b) {
+      const int j0 = b * block, in_block = std::min(block, n - j0);
+      const int grouped = j0 + in_block == n ? in_block / 4 * 4 : in_block;
+      for (int k0 = k_lo; k0 < k_hi; k0 += 8)
+        add_products_by_count[std::min(8, k_hi - k0)](p + j0, R.gains + k0, j0, grouped, partial.data() + 4 * k0);
+    };
+    const int blocks = (n + block - 1) / block;
+    if (parts == 1) {
+      for (int b = 0; b < blocks; ++b) {
+        estimate_pass(b);
+        need_pass(b);
+        sum_pass(b);
+      }
+    } else {
+      // One meeting per block: after it, the other thread has settled the needs of block b
+      // and estimated block b + 1, so both can sum block b and settle block b + 1. The keys
+      // of two blocks in turn keep apart what one thread writes and the other still reads.
+      estimate_pass(0);
+      meet();
+      for (int b = 0; b < blocks; ++b) {
+        need_pass(b);
+        if (b + 1 < blocks) estimate_pass(b + 1);
+        meet();
+        sum_pass(b);
+      }
+    }
+    signed_powers[T] = signed_lanes != 0;
+  };
+
+  Trl_WorkerThread& worker = Trl_WorkerThread::shared();
+  if (split && worker.start([&part] { part(1, 2); })) {
+    part(0, 2);
+    worker.wait();
+  } else {
+    part(0, 1);
   }
   next_sums.resize(used);
   for (int k = 0; k < used; ++k) {
@@ -440,7 +526,7 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
     next_sums[k] = (l[0] + l[1]) + (l[2] + l[3]);
   }
   next_sums_ready = true;
-  next_powers_nonnegative = signed_powers == 0;
+  next_powers_nonnegative = !signed_powers[0] && !signed_powers[1];
 }
 
 template void Trl_UplinkKernels::least_needs<true>(const rows&, const users&, const double*, double*);

@@ -18,6 +18,8 @@
 // in cache, so each sweep reads the gain table from memory once.
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <vector>
 
 class Trl_UplinkKernels {
@@ -47,6 +49,11 @@ class Trl_UplinkKernels {
   // comparisons.
   static bool enabled;
   static bool eight_lanes_enabled;
+  // The eight-lane loops share the rows out between this many threads (1 or 2; 2 where the
+  // machine has two cores or more) when a sweep has at least two_threads_from gains;
+  // smaller sweeps would spend more on the threads meeting than they save.
+  static int threads;
+  static double two_threads_from;
 
   // sum[k] = the sum of p[j] * gains[k][j] over j < n for k < count, grouped as the plain
   // weighted sum groups it: four interleaved partial sums, the rest into the first.
@@ -92,6 +99,10 @@ class Trl_UplinkKernels {
   std::vector<double> sums;
   std::vector<double> next_sums;
   std::vector<double> partial;
+  // Per thread, the least and second least key of each group of eight users of a block, and
+  // how many times each thread has come to the meeting point of the split sweep.
+  std::vector<int64_t> keys;
+  std::atomic<int> meeting[2];
   bool next_sums_ready = false;
   bool next_powers_nonnegative = false;  // and the powers summed into them were all 0 or above
 };
