@@ -348,11 +348,18 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
   keys.resize(static_cast<size_t>(2) * 2 * 2 * groups_per_block * 8);
   const bool split = threads >= 2 && used >= 2 && static_cast<double>(used) * n >= two_threads_from;
   const double* I = start ? nullptr : sums.data();
-  meeting[0].store(0, std::memory_order_relaxed);
-  meeting[1].store(0, std::memory_order_relaxed);
+  meeting[0].count.store(0, std::memory_order_relaxed);
+  meeting[1].count.store(0, std::memory_order_relaxed);
+  // The members the threads read, as locals: no loop reads them through `this`, whose lines
+  // hold what the other thread writes.
+  int64_t* const key_table = keys.data();
+  double* const partial_sums = partial.data();
   bool signed_powers[2] = {false, false};  // a thread gave a power below 0 or NaN
 
   auto part = [&, n, used, I](int T, int parts) {
+    // Copies on this thread's stack, so that neither thread reads the other's lines.
+    const rows Rt = R;
+    const users Ut = U;
     const int k_lo = used * T / parts, k_hi = used * (T + 1) / parts;
     const __m512d margin = _mm512_set1_pd(estimate_margin), smallest = _mm512_set1_pd(smallest_margin);
     const __m512d quarter_of_largest = _mm512_set1_pd(largest / 4);
@@ -368,31 +375,31 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
     int meetings = 0;
     auto meet = [&] {
       if (parts == 1) return;
-      meeting[T].store(++meetings, std::memory_order_release);
-      for (int spins = 0; meeting[1 - T].load(std::memory_order_acquire) < meetings; ++spins) {
+      meeting[T].count.store(++meetings, std::memory_order_release);
+      for (int spins = 0; meeting[1 - T].count.load(std::memory_order_acquire) < meetings; ++spins) {
         if (spins < 1 << 14) _mm_pause();
         else std::this_thread::yield();
       }
     };
     const int block = parts == 1 ? block_alone : block_split;
     auto groups_of = [n, block](int b) { return (std::min(block, n - b * block) + 7) / 8; };
-    auto keys_of = [&](int b, int thread) { return keys.data() + ((b & 1) * 2 + thread) * 2 * groups_per_block * 8; };
+    auto keys_of = [&](int b, int thread) { return key_table + ((b & 1) * 2 + thread) * 2 * groups_per_block * 8; };
     auto estimate_pass = [&](int b) {
       int64_t* least_keys = keys_of(b, T);
       int64_t* second_keys = least_keys + groups_per_block * 8;
       for (int v = 0; v < groups_of(b); ++v) {
         const int j = b * block + 8 * v;
         const __mmask8 lanes = lanes_at(j);
-        const __m512d a = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, U.activity + j);
+        const __m512d a = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, Ut.activity + j);
         // Each estimate becomes a key: its bits with the row number in the low 16 (a change
         // of 2^-36 at most, far inside the margin). Keys of estimates of 0 and above order as
         // the estimates do, those of negative ones below all of them, so the least and second
         // least key are integer minima, off the floating-point pipes.
         __m512i least = _mm512_set1_epi64(std::numeric_limits<int64_t>::max()), second = least;
         for (int k = k_lo; k < k_hi; ++k) {
-          const double* g = R.gains[k] + j;
+          const double* g = Rt.gains[k] + j;
           _mm_prefetch(reinterpret_cast<const char*>(g + block), _MM_HINT_T1);
-          const __m512d e = estimate_of<start>(_mm512_maskz_loadu_pd(lanes, g), row_of(k), _mm512_set1_pd(R.noise[k]), a);
+          const __m512d e = estimate_of<start>(_mm512_maskz_loadu_pd(lanes, g), row_of(k), _mm512_set1_pd(Rt.noise[k]), a);
           const __m512i key = _mm512_ternarylogic_epi64(_mm512_castpd_si512(e), value_bits, _mm512_set1_epi64(k), 0xEA);
           // (Masked forms with every lane set: the plain ones trip a warning in GCC 12's headers.)
           second = _mm512_mask_min_epi64(second, 0xFF, _mm512_mask_max_epi64(key, 0xFF, key, least), second);
@@ -419,8 +426,8 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
           least = _mm512_mask_min_epi64(least, 0xFF, least, other_least);
         }
         const __m512d o = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, old + j);
-        const __m512d a = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, U.activity + j);
-        const __m512d t = _mm512_maskz_loadu_pd(lanes, U.target + j);
+        const __m512d a = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, Ut.activity + j);
+        const __m512d t = _mm512_maskz_loadu_pd(lanes, Ut.target + j);
         // Users whose target or activity lies outside the estimate's ranges take every row exactly.
         __mmask8 tame = _mm512_cmp_pd_mask(t, _mm512_set1_pd(0x1p-64), _CMP_GE_OQ) &
                         _mm512_cmp_pd_mask(t, _mm512_set1_pd(0x1p64), _CMP_LE_OQ);
@@ -431,7 +438,7 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
         const __m512d least_value = _mm512_castsi512_pd(_mm512_and_si512(least, value_bits));
         const __m512d second_value = _mm512_castsi512_pd(_mm512_and_si512(second, value_bits));
         __m512d cur = _mm512_mask_loadu_pd(_mm512_set1_pd(largest), lanes, p + j);
-        __m512d row = start ? _mm512_setzero_pd() : _mm512_mask_loadu_pd(_mm512_setzero_pd(), lanes, U.server + j);
+        __m512d row = start ? _mm512_setzero_pd() : _mm512_mask_loadu_pd(_mm512_setzero_pd(), lanes, Ut.server + j);
         // Walked again: users with a second row near the least, and users whose least is
         // negative, NaN, or not safely below an estimate that overflowed.
         const __mmask8 plain_least = _mm512_cmp_pd_mask(least_value, _mm512_setzero_pd(), _CMP_GE_OQ) &
@@ -442,10 +449,10 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
         if (!crowded) {
           // One candidate per user: its gain, interference and noise gathered by row.
           const __m512i least_row = _mm512_and_si512(least, row_bits);
-          const __m512i row_pointers = _mm512_mask_i64gather_epi64(least_row, 0xFF, least_row, R.gains, 8);
+          const __m512i row_pointers = _mm512_mask_i64gather_epi64(least_row, 0xFF, least_row, Rt.gains, 8);
           const __m512i at = _mm512_add_epi64(row_pointers, _mm512_add_epi64(_mm512_set1_epi64(j * 8), lane_offsets));
           const __m512d g = _mm512_mask_i64gather_pd(_mm512_set1_pd(1), lanes, at, nullptr, 1);
-          const __m512d N = _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, least_row, R.noise, 8);
+          const __m512d N = _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, least_row, Rt.noise, 8);
           const __m512d Ik = start ? _mm512_setzero_pd() : _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, least_row, I, 8);
           const __m512d need = need_of<start>(g, Ik, N, o, a, t);
           const __mmask8 better = _mm512_mask_cmp_pd_mask(lanes, need, cur, _CMP_LT_OQ);
@@ -456,15 +463,15 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
           // row down with a strict improvement.
           __m512d finite_least = _mm512_set1_pd(infinity);
           for (int k = 0; k < used; ++k) {
-            const __m512d e = estimate_of<start>(_mm512_maskz_loadu_pd(lanes, R.gains[k] + j), row_of(k),
-                                                 _mm512_set1_pd(R.noise[k]), a);
+            const __m512d e = estimate_of<start>(_mm512_maskz_loadu_pd(lanes, Rt.gains[k] + j), row_of(k),
+                                                 _mm512_set1_pd(Rt.noise[k]), a);
             const __mmask8 finite = static_cast<__mmask8>(~_mm512_fpclass_pd_mask(e, not_finite));
             finite_least = _mm512_mask_min_pd(finite_least, finite, finite_least, e);
           }
           const __m512d bound = bound_of(finite_least);
           for (int k = used - 1; k >= 0; --k) {
-            const __m512d g = _mm512_maskz_loadu_pd(lanes, R.gains[k] + j);
-            const __m512d N = _mm512_set1_pd(R.noise[k]);
+            const __m512d g = _mm512_maskz_loadu_pd(lanes, Rt.gains[k] + j);
+            const __m512d N = _mm512_set1_pd(Rt.noise[k]);
             const __m512d e = estimate_of<start>(g, row_of(k), N, a);
             const __mmask8 near =
                 (_mm512_cmp_pd_mask(e, bound, _CMP_LE_OQ) | _mm512_fpclass_pd_mask(e, not_finite) | wild) & lanes;
@@ -477,7 +484,7 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
         }
         _mm512_mask_storeu_pd(p + j, lanes, cur);
         signed_lanes |= _mm512_mask_cmp_pd_mask(lanes, cur, _mm512_setzero_pd(), _CMP_NGE_UQ);
-        if (!start) _mm512_mask_storeu_pd(U.server + j, lanes, row);
+        if (!start) _mm512_mask_storeu_pd(Ut.server + j, lanes, row);
       }
     };
     // Whole groups of four only: the users past the last multiple of four go into the first
@@ -487,7 +494,7 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
       const int j0 = b * block, in_block = std::min(block, n - j0);
       const int grouped = j0 + in_block == n ? in_block / 4 * 4 : in_block;
       for (int k0 = k_lo; k0 < k_hi; k0 += 8)
-        add_products_by_count[std::min(8, k_hi - k0)](p + j0, R.gains + k0, j0, grouped, partial.data() + 4 * k0);
+        add_products_by_count[std::min(8, k_hi - k0)](p + j0, Rt.gains + k0, j0, grouped, partial_sums + 4 * k0);
     };
     const int blocks = (n + block - 1) / block;
     if (parts == 1) {

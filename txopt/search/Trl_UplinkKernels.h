@@ -102,7 +102,10 @@ class Trl_UplinkKernels {
   // Per thread, the least and second least key of each group of eight users of a block, and
   // how many times each thread has come to the meeting point of the split sweep.
   std::vector<int64_t> keys;
-  std::atomic<int> meeting[2];
+  struct alignas(64) meeting_point {  // a cache line each: one thread writes, the other reads
+    std::atomic<int> count{0};
+  };
+  meeting_point meeting[2];
   bool next_sums_ready = false;
   bool next_powers_nonnegative = false;  // and the powers summed into them were all 0 or above
 };
