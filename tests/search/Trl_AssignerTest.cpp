@@ -547,3 +547,67 @@ TEST(Trl_Assigner, SimpleModelTableMatchesTheModelPairByPair) {
   for (int t = 0; t < 5; ++t)
     EXPECT_EQ(std::memcmp(alone.path_gain.row(t), prepared.path_gain.row(t), n * sizeof(double)), 0);
 }
+
+TEST(Trl_Assigner, SimplePrepareIsTheSameOnOneAndTwoThreads) {
+  // Uneven rows with users out of list order, and a single user on many stations (fewer
+  // users than threads, still enough pairs for two threads).
+  struct Shape {
+    int stations, users;
+  };
+  Trl_Motorola simple(32.2, 35.1);
+  for (Shape shape : {Shape{7, 3001}, Shape{20000, 1}}) {
+    tk::list<Trl_Tx> tx;
+    tk::list<Trl_Rx> rx;
+    std::vector<Trl_Tx> txv;
+    std::vector<Trl_Rx> rxv;
+    for (int t = 0; t < shape.stations; ++t) {
+      Trl_Tx s = station(t, 41.0 * (t % 97), 13.0 * t);
+      s.gain = std::pow(10.0, 0.1 * (t % 5));
+      s.orthogonality = 0.3 + 0.1 * (t % 3);
+      s.noise_factor = 1 + 0.25 * (t % 4);
+      tx.append(s);
+      txv.push_back(s);
+    }
+    for (int r = 0; r < shape.users; ++r) {
+      const int number = (r * 1237) % shape.users;  // 1237 is prime to 3001
+      Trl_Rx u = user(number, 0.01 + 1e-5 * r, 0.02 + 3e-6 * r, (r * 37) % 1500, (r * 91) % 1300);
+      u.gain = r % 3 ? 1 : 0.5;
+      u.max_power = 0.1 + 1e-4 * r;
+      u.noise_factor = 1 + 1e-3 * (r % 7);
+      rx.append(u);
+      rxv.push_back(u);
+    }
+    Trl_Assigner one, two;
+    Trl_Assigner::parallel_fill = false;
+    one.prepare(tx, rx, settings(), simple);
+    Trl_Assigner::parallel_fill = true;
+    two.prepare(tx, rx, settings(), simple);
+    two.prepare(tx, rx, settings(), simple);  // again, into the kept storage
+    const int n = shape.users;
+    double sum = 0;
+    for (int r = 0; r < n; ++r) {
+      const Trl_Rx& u = rxv[r];
+      sum += u.max_power;
+      for (const Trl_Assigner* a : {&one, &two}) {
+        EXPECT_EQ(a->gamma_up[r], 1 / W * u.ebno_up * u.rate_up * 1000);
+        EXPECT_EQ(a->gamma_down[r], 1 / W * u.ebno_down * u.rate_down * 1000);
+        EXPECT_DOUBLE_EQ(a->rx_noise[r], kT * W * u.noise_factor);
+        EXPECT_EQ(a->rx_max_power[r], u.max_power);
+        EXPECT_EQ(a->rx_activity[r], u.activity);
+      }
+    }
+    for (int t = 0; t < shape.stations; ++t) {
+      ASSERT_EQ(std::memcmp(one.path_gain.row(t), two.path_gain.row(t), n * sizeof(double)), 0) << t;
+      const double g = one.gamma_down[n - 1];
+      EXPECT_EQ(two.downlink_share(t, n - 1), g / (txv[t].orthogonality * g + 1));
+      EXPECT_DOUBLE_EQ(two.tx_noise[t], kT * W * txv[t].noise_factor);
+      EXPECT_EQ(two.tx_orthogonality[t], txv[t].orthogonality);
+    }
+    for (int r = 0; r < n; r += 97) {
+      const double expected = simple.gain(txv[shape.stations - 1], rxv[r]);
+      EXPECT_NEAR(two.path_gain(shape.stations - 1, rxv[r].number), expected, 1e-13 * expected);
+    }
+    EXPECT_EQ(one.rx_max_power_sum, sum);
+    EXPECT_EQ(two.rx_max_power_sum, sum);
+  }
+}

@@ -70,7 +70,7 @@ void Trl_Assigner::table::make(int rows, int columns, const std::vector<int>& st
 void Trl_Assigner::table::release() {
   row_count = column_count = 0;
   std::vector<size_t>().swap(start);
-  std::vector<double>().swap(values);
+  std::vector<double, unset_allocator<double>>().swap(values);
 }
 
 double Trl_Assigner::table::operator()(int t, int r) const {
@@ -129,13 +129,22 @@ void Trl_Assigner::reset() {
 void Trl_Assigner::prepare(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
                            const parameters& settings, Trl_PathLoss& model,
                            const Trl_Terrain* terrain, const status_function& status) {
-  make_tables(tx_list, rx_list, settings);
   Trl_XiaBertoni* urban = dynamic_cast<Trl_XiaBertoni*>(&model);
-  if (urban && terrain && terrain->loaded())
-    fill_path_gains_in_angular_order(tx_list, rx_list, *urban, *terrain, status);
-  else
-    fill_path_gains(tx_list, rx_list, model);
-  fill_targets_and_noise(tx_list, rx_list, settings);
+  Trl_Motorola* simple = dynamic_cast<Trl_Motorola*>(&model);
+  bool filled = false;
+  if (simple && !(urban && terrain && terrain->loaded())) {
+    // Everything in one pass of two threads: the gains, and beside them the lists' values.
+    size_tables(tx_list.size(), rx_list.size(), settings, false);
+    filled = fill_simple_gains(tx_list, rx_list, *simple, &settings);
+  }
+  if (!filled) {
+    make_tables(tx_list, rx_list, settings);
+    if (urban && terrain && terrain->loaded())
+      fill_path_gains_in_angular_order(tx_list, rx_list, *urban, *terrain, status);
+    else
+      fill_path_gains(tx_list, rx_list, model);
+    fill_targets_and_noise(tx_list, rx_list, settings);
+  }
   gains_normal = Trl_UplinkKernels::available();
   for (int k = 0; k < tx_count && gains_normal; ++k) {
     if (row_normal[k] < 0) row_normal[k] = Trl_UplinkKernels::normal_gains(path_gain.row(k), rx_count);
@@ -143,49 +152,73 @@ void Trl_Assigner::prepare(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_R
   }
 }
 
-void Trl_Assigner::make_tables(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
-                               const parameters& settings) {
+void Trl_Assigner::size_tables(int stations, int users, const parameters& settings, bool zero_targets) {
   // The old tables are dropped, but their storage is kept for the new ones: fresh pages
   // cost more than the computation of a table.
   reset();
-  tx_count = tx_list.size();
-  rx_count = rx_list.size();
+  tx_count = stations;
+  rx_count = users;
   // Both tables are written in full by the fill steps; the gains are zeroed first only
   // when a fill other than the row-wise one may leave a column out.
   path_gain.make(tx_count, rx_count, false);
   row_normal.assign(tx_count, -1);
-  for (std::vector<double>* v : {&tx_noise, &tx_max_power, &tx_pilot_power,
-                                 &tx_max_channel_power, &tx_orthogonality})
-    v->assign(tx_count, 0.0);
-  for (std::vector<double>* v : {&gamma_up, &gamma_down, &rx_noise, &rx_max_power, &rx_activity})
-    v->assign(rx_count, 0.0);
-
+  for (std::vector<double>* v : {&tx_max_power, &tx_pilot_power, &tx_max_channel_power, &tx_orthogonality})
+    v->resize(tx_count);
+  for (std::vector<double>* v : {&rx_max_power, &rx_activity}) v->resize(rx_count);
+  if (zero_targets) {
+    tx_noise.assign(tx_count, 0.0);
+    for (std::vector<double>* v : {&gamma_up, &gamma_down, &rx_noise}) v->assign(rx_count, 0.0);
+  } else {
+    tx_noise.resize(tx_count);
+    for (std::vector<double>* v : {&gamma_up, &gamma_down, &rx_noise}) v->resize(rx_count);
+  }
   validate_downlink = settings.validate_downlink;
   tolerance = settings.tolerance;
   max_iterations = settings.max_iterations;
   strategy = settings.strategy;
+}
 
+void Trl_Assigner::take_stations(const tk::list<Trl_Tx>& tx_list, const parameters* settings) {
+  const double chip_rate = settings ? settings->bandwidth * 1e6 : 1;  // chips per second
   int t = 0;
   for (const Trl_Tx& tx : tx_list) {
     tx_max_power[t] = tx.max_power;
     tx_pilot_power[t] = tx.pilot_power;
     tx_max_channel_power[t] = tx.max_channel_power;
     tx_orthogonality[t] = tx.orthogonality;
+    if (settings) tx_noise[t] = tx.noise(settings->temperature, chip_rate);
     ++t;
   }
+}
+
+void Trl_Assigner::take_users(const tk::list<Trl_Rx>& rx_list, const parameters* settings) {
+  const double chip_rate = settings ? settings->bandwidth * 1e6 : 1;
+  const double per_chip = 1 / chip_rate;
   int r = 0;
   for (const Trl_Rx& rx : rx_list) {
     rx_max_power[r] = rx.max_power;
     rx_max_power_sum += rx.max_power;
     rx_activity[r] = rx.activity;
+    if (settings) {
+      gamma_up[r] = rx.required_up(per_chip);
+      gamma_down[r] = rx.required_down(per_chip);
+      rx_noise[r] = rx.noise(settings->temperature, chip_rate);
+    }
     ++r;
   }
+}
+
+void Trl_Assigner::make_tables(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
+                               const parameters& settings) {
+  size_tables(tx_list.size(), rx_list.size(), settings, true);
+  take_stations(tx_list, nullptr);
+  take_users(rx_list, nullptr);
 }
 
 void Trl_Assigner::fill_path_gains(const tk::list<Trl_Tx>& tx_list,
                                    const tk::list<Trl_Rx>& rx_list, Trl_PathLoss& model) {
   if (Trl_Motorola* simple = dynamic_cast<Trl_Motorola*>(&model)) {
-    if (fill_simple_gains(tx_list, rx_list, *simple)) return;
+    if (fill_simple_gains(tx_list, rx_list, *simple, nullptr)) return;
   }
   path_gain.make(tx_count, rx_count, true);
   int t = 0;
@@ -315,58 +348,119 @@ void Trl_Assigner::fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_l
 
 // The simple model row by row on columns of the users' coordinates. Users whose numbers
 // are not 0 to rx_count - 1 are left to the plain loop, which reports the bad index.
-bool Trl_Assigner::fill_simple_gains(const tk::list<Trl_Tx>& tx_list,
-                                     const tk::list<Trl_Rx>& rx_list, const Trl_Motorola& model) {
+bool Trl_Assigner::gather_columns(const tk::list<Trl_Rx>& rx_list) {
   const int n = rx_count;
-  std::vector<double> x(n), y(n), z(n), log_gain(n);
-  std::vector<int> column(n);
   bool in_order = true;
   int r = 0;
   // Users mostly share one antenna gain: its log is taken again only when the gain changes.
   double last_gain = 0, last_log = std::log(0.0);
   for (const Trl_Rx& rx : rx_list) {
     if (rx.number < 0 || rx.number >= n) return false;
-    x[r] = rx.position.xcoord();
-    y[r] = rx.position.ycoord();
-    z[r] = rx.position.zcoord();
+    column_x[r] = rx.position.xcoord();
+    column_y[r] = rx.position.ycoord();
+    column_z[r] = rx.position.zcoord();
     if (!(rx.gain == last_gain)) {
       last_gain = rx.gain;
       last_log = std::log(rx.gain);
     }
-    log_gain[r] = last_log;
-    column[r] = rx.number;
+    column_log_gain[r] = last_log;
+    column_number[r] = rx.number;
     in_order = in_order && rx.number == r;
     ++r;
   }
+  columns_in_order = in_order;
   if (!in_order) path_gain.make(tx_count, rx_count, true);
-  std::vector<const Trl_Tx*> stations;
-  for (const Trl_Tx& tx : tx_list) stations.push_back(&tx);
+  return true;
+}
 
-  auto fill_rows = [&](int first, int last) {
-    std::vector<double> scratch(in_order ? 0 : n);
-    for (int t = first; t < last; ++t) {
-      double* out = in_order ? path_gain.row(t) : scratch.data();
-      model.gain_row(*stations[t], x.data(), y.data(), z.data(), log_gain.data(), n, out);
-      // Checked while the row is in cache (see gains_normal).
-      if (Trl_UplinkKernels::available()) row_normal[t] = Trl_UplinkKernels::normal_gains(out, n);
-      if (!in_order) {
-        double* row = path_gain.row(t);
-        for (int k = 0; k < n; ++k) row[column[k]] = scratch[k];
-      }
-    }
+// One row of gains, in blocks of users so that each block is checked (see gains_normal)
+// while it is still in the first-level cache. Blocks start at multiples of eight, so the
+// users fall into the same lanes as in one call for the whole row.
+void Trl_Assigner::fill_simple_row(const Trl_Motorola& model, const Trl_Tx& tx, int t, double* scratch) {
+  const int n = rx_count, block = 1024;
+  const bool check = Trl_UplinkKernels::available();
+  double* out = columns_in_order ? path_gain.row(t) : scratch;
+  bool normal = true;
+  for (int b = 0; b < n; b += block) {
+    const int m = std::min(block, n - b);
+    model.gain_row(tx, column_x.data() + b, column_y.data() + b, column_z.data() + b,
+                   column_log_gain.data() + b, m, out + b);
+    if (check && normal) normal = Trl_UplinkKernels::normal_gains(out + b, m);
+  }
+  if (check) row_normal[t] = normal;
+  if (!columns_in_order) {
+    double* row = path_gain.row(t);
+    for (int k = 0; k < n; ++k) row[column_number[k]] = scratch[k];
+  }
+}
+
+bool Trl_Assigner::fill_simple_gains(const tk::list<Trl_Tx>& tx_list,
+                                     const tk::list<Trl_Rx>& rx_list, const Trl_Motorola& model,
+                                     const parameters* settings) {
+  // All storage is sized here, so that the threads allocate nothing but their scratch.
+  std::vector<const Trl_Tx*> stations;
+  stations.reserve(tx_count);
+  for (const Trl_Tx& tx : tx_list) stations.push_back(&tx);
+  std::vector<int> stored_as;
+  if (settings) {
+    take_stations(tx_list, settings);
+    size_shares(stored_as);
+  }
+  for (std::vector<double>* v : {&column_x, &column_y, &column_z, &column_log_gain}) v->resize(rx_count);
+  column_number.resize(rx_count);
+  // The rows are independent and the model keeps no state, so the threads take the next row
+  // not yet taken, with the same result as one thread. The second thread first takes the
+  // users' values while this one gathers the columns.
+  std::atomic<int> next_row(0);
+  std::atomic<int> columns(0);  // 0 while being gathered, 1 ready, -1 a number out of range
+  auto take_rows = [&]() {
+    std::vector<double> scratch(columns_in_order ? 0 : rx_count);
+    for (int t; (t = next_row.fetch_add(1, std::memory_order_relaxed)) < tx_count;)
+      fill_simple_row(model, *stations[t], t, scratch.data());
   };
-  // The rows are independent and the model keeps no state, so two threads fill halves of
-  // the table with the same result as one.
-  const long long pairs = static_cast<long long>(tx_count) * n;
-  if (parallel_fill && tx_count >= 2 && pairs >= 20000) {
-    const int half = tx_count / 2;
-    std::thread helper(fill_rows, 0, half);
-    fill_rows(half, tx_count);
+  auto second = [&]() {
+    if (settings) {
+      take_users(rx_list, settings);
+      fill_share_rows(stored_as);
+    }
+    int state;
+    while ((state = columns.load(std::memory_order_acquire)) == 0) std::this_thread::yield();
+    if (state > 0) take_rows();
+  };
+  const long long pairs = static_cast<long long>(tx_count) * rx_count;
+  const bool parallel = parallel_fill && tx_count >= 2 && pairs >= 20000;
+  std::thread helper;
+  if (parallel) helper = std::thread(second);
+  const bool numbered = gather_columns(rx_list);
+  columns.store(numbered ? 1 : -1, std::memory_order_release);
+  if (parallel) {
+    if (numbered) take_rows();
     helper.join();
   } else {
-    fill_rows(0, tx_count);
+    second();
   }
-  return true;
+  return numbered;
+}
+
+// Base stations usually share one orthogonality, and then one row of shares: a row equal
+// to an earlier one is stored once.
+void Trl_Assigner::size_shares(std::vector<int>& stored_as) {
+  stored_as.resize(tx_count);
+  for (int t = 0; t < tx_count; ++t) {
+    int same = 0;
+    while (same < t && tx_orthogonality[same] != tx_orthogonality[t]) ++same;
+    stored_as[t] = same;
+  }
+  downlink_share.make(tx_count, rx_count, stored_as);
+}
+
+void Trl_Assigner::fill_share_rows(const std::vector<int>& stored_as) {
+  for (int t = 0; t < tx_count; ++t) {
+    if (stored_as[t] != t) continue;
+    double* share = downlink_share.row(t);
+    for (int k = 0; k < rx_count; ++k)
+      share[k] = gamma_down[k] / (tx_orthogonality[t] * gamma_down[k] + 1);
+  }
 }
 
 void Trl_Assigner::fill_targets_and_noise(const tk::list<Trl_Tx>& tx_list,
@@ -381,21 +475,9 @@ void Trl_Assigner::fill_targets_and_noise(const tk::list<Trl_Tx>& tx_list,
     rx_noise[r] = rx.noise(settings.temperature, chip_rate);
     ++r;
   }
-  // Base stations usually share one orthogonality, and then one row of shares: a row equal
-  // to an earlier one is stored once.
-  std::vector<int> stored_as(tx_count);
-  for (int t = 0; t < tx_count; ++t) {
-    int same = 0;
-    while (same < t && tx_orthogonality[same] != tx_orthogonality[t]) ++same;
-    stored_as[t] = same;
-  }
-  downlink_share.make(tx_count, rx_count, stored_as);
-  for (int t = 0; t < tx_count; ++t) {
-    if (stored_as[t] != t) continue;
-    double* share = downlink_share.row(t);
-    for (int k = 0; k < rx_count; ++k)
-      share[k] = gamma_down[k] / (tx_orthogonality[t] * gamma_down[k] + 1);
-  }
+  std::vector<int> stored_as;
+  size_shares(stored_as);
+  fill_share_rows(stored_as);
   int t = 0;
   for (const Trl_Tx& tx : tx_list) tx_noise[t++] = tx.noise(settings.temperature, chip_rate);
 }

@@ -6,6 +6,9 @@
 #pragma once
 
 #include <functional>
+#include <memory>
+#include <new>
+#include <utility>
 #include <vector>
 
 #include "search/Trl_UplinkKernels.h"
@@ -45,8 +48,24 @@ class Trl_Assigner {
    private:
     int row_count;
     int column_count;
+    // Leaves new doubles unset: the fill steps write every entry, and fresh pages are
+    // then first touched by the threads that fill the rows rather than all by this one.
+    template <class T>
+    struct unset_allocator : std::allocator<T> {
+      template <class U>
+      struct rebind {
+        typedef unset_allocator<U> other;
+      };
+      unset_allocator() = default;
+      template <class U>
+      unset_allocator(const unset_allocator<U>&) {}
+      template <class U>
+      void construct(U* p) { ::new (static_cast<void*>(p)) U; }
+      template <class U, class... Args>
+      void construct(U* p, Args&&... args) { ::new (static_cast<void*>(p)) U(std::forward<Args>(args)...); }
+    };
     std::vector<size_t> start;  // per row: offset of its storage in values
-    std::vector<double> values;
+    std::vector<double, unset_allocator<double>> values;
   };
 
   // What prepare() takes from the planner.
@@ -137,8 +156,27 @@ class Trl_Assigner {
 
  private:
   void reset();
+  // Sizes every table for the lists and takes the settings; the vectors of targets and noise
+  // are zeroed only with zero_targets, since prepare() writes them in full.
+  void size_tables(int stations, int users, const parameters& settings, bool zero_targets);
+  // The stations' values (and their noise when settings is given) and the users' limits
+  // (and their targets and noise when settings is given), each list walked once.
+  void take_stations(const tk::list<Trl_Tx>& tx_list, const parameters* settings);
+  void take_users(const tk::list<Trl_Rx>& rx_list, const parameters* settings);
+  // The share table: its rows (stored_as, see table::make) from the orthogonalities, then
+  // their values from gamma_down.
+  void size_shares(std::vector<int>& stored_as);
+  void fill_share_rows(const std::vector<int>& stored_as);
+  // The simple model's gains on two threads where the table is large enough; with settings
+  // the second thread first takes the lists' values and fills the share table (all of
+  // prepare() but the gains). False, with the gains not filled, when a user's number is
+  // out of range.
   bool fill_simple_gains(const tk::list<Trl_Tx>& tx_list, const tk::list<Trl_Rx>& rx_list,
-                         const Trl_Motorola& model);
+                         const Trl_Motorola& model, const parameters* settings);
+  // The users' columns for the simple model (sized by the caller); false on a number out
+  // of range.
+  bool gather_columns(const tk::list<Trl_Rx>& rx_list);
+  void fill_simple_row(const Trl_Motorola& model, const Trl_Tx& tx, int t, double* scratch);
   bool iterate(int used, Trl_RunningStats* stats);
   void start_from_below(int used);
   void start_from_above();
@@ -163,6 +201,11 @@ class Trl_Assigner {
   std::vector<double> server;     // rx: noted server row, kept as a double for the vector blend
   bool gains_normal = false;     // every gain in [2^-1020, 2^1020] (see Trl_UplinkKernels)
   std::vector<signed char> row_normal;  // per row: the same, -1 while not yet checked
+  // The users as columns for the simple model, in list order: coordinates (m), the natural
+  // log of the antenna gain and the number. Kept so that a new prepare() allocates nothing.
+  std::vector<double> column_x, column_y, column_z, column_log_gain;
+  std::vector<int> column_number;
+  bool columns_in_order = true;  // column_number[k] == k for every k
   Trl_UplinkKernels wide;         // the sweeps four or eight doubles at a time, where the processor can
   // Downlink step: the rows that serve somebody and their linear system, b in its last
   // column. Kept between calls so that a search allocates nothing per candidate.
