@@ -15,7 +15,9 @@
 // where this holds (a target, activity or noise far from 1, a negative power) take the plain
 // order. Mostly one row is near, and its need is the only division. The sweep
 // also sums the new powers into the next sweep's interference while a block of users is still
-// in cache, so each sweep reads the gain table from memory once.
+// in cache, so each sweep reads the gain table from memory once. Large sweeps share the rows
+// out between the caller and a kept worker thread, which meet once per block of users; each
+// row's sum stays with one thread, in the users' order.
 #pragma once
 
 #include <atomic>
@@ -99,8 +101,8 @@ class Trl_UplinkKernels {
   std::vector<double> sums;
   std::vector<double> next_sums;
   std::vector<double> partial;
-  // Per thread, the least and second least key of each group of eight users of a block, and
-  // how many times each thread has come to the meeting point of the split sweep.
+  // Per block (two in turn) and thread, the least and second least key of each group of
+  // eight users, and how many times each thread has come to the meeting point.
   std::vector<int64_t> keys;
   struct alignas(64) meeting_point {  // a cache line each: one thread writes, the other reads
     std::atomic<int> count{0};
