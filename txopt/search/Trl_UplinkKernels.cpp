@@ -519,10 +519,10 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
     signed_powers[T] = signed_lanes != 0;
   };
 
-  Trl_WorkerThread& worker = Trl_WorkerThread::shared();
-  if (split && worker.start([&part] { part(1, 2); })) {
+  // The worker is made on the first split sweep, so that small plans never start it.
+  if (split && Trl_WorkerThread::shared().start([&part] { part(1, 2); })) {
     part(0, 2);
-    worker.wait();
+    Trl_WorkerThread::shared().wait();
   } else {
     part(0, 1);
   }
