@@ -466,20 +466,14 @@ void Trl_Assigner::fill_share_rows(const std::vector<int>& stored_as) {
 void Trl_Assigner::fill_targets_and_noise(const tk::list<Trl_Tx>& tx_list,
                                           const tk::list<Trl_Rx>& rx_list,
                                           const parameters& settings) {
-  const double chip_rate = settings.bandwidth * 1e6;  // chips per second
-  const double per_chip = 1 / chip_rate;
-  int r = 0;
-  for (const Trl_Rx& rx : rx_list) {
-    gamma_up[r] = rx.required_up(per_chip);
-    gamma_down[r] = rx.required_down(per_chip);
-    rx_noise[r] = rx.noise(settings.temperature, chip_rate);
-    ++r;
-  }
+  // The lists' values again, now with the settings; the sum of the users' limits is taken
+  // again from 0, in the same order, so it comes out the same.
+  rx_max_power_sum = 0;
+  take_stations(tx_list, &settings);
+  take_users(rx_list, &settings);
   std::vector<int> stored_as;
   size_shares(stored_as);
   fill_share_rows(stored_as);
-  int t = 0;
-  for (const Trl_Tx& tx : tx_list) tx_noise[t++] = tx.noise(settings.temperature, chip_rate);
 }
 
 void Trl_Assigner::strongest_server(tk::array<int>& serving) const {
