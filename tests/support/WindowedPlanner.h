@@ -3,12 +3,14 @@
 // CommandOnBar does the same for the program's one planner, whose window the stop poll asks.
 #pragma once
 
+#include <new>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "app/Trl_Planner.h"
 #include "search/Trl_Assignment.h"
+#include "search/Trl_GaSearch.h"
 #include "support/ScriptedWindows.h"
 #include "toolkit/window.h"
 
@@ -28,23 +30,24 @@ struct WindowedPlanner {
 };
 
 // The program's one planner with a bar of one command, which a script starts with
-// "menu NAME". The window, the assignment, the lists and the algorithm are put back after.
+// "menu NAME". The planner and the genetic search's settings are made afresh before and
+// after, as the program starts, so that no list, terrain, parameter or assignment of another
+// test in the same process leaks in or out.
 struct CommandOnBar {
   CommandOnBar(const char* name, void (*command)()) {
+    restart_program();
     planner.create_window();
     planner.window->button(name, command);
     planner.window->make_menu_bar(2);
     planner.window->display();
     planner.window->init(-100, 2000, -500);
   }
-  ~CommandOnBar() {
+  ~CommandOnBar() { restart_program(); }
+  static void restart_program() {
     delete planner.window;
-    planner.window = nullptr;
-    delete planner.assignment;
-    planner.assignment = nullptr;
-    planner.tx_list.clear();
-    planner.rx_list.clear();
-    planner.algorithm = 0;
+    planner.~Trl_Planner();
+    new (&planner) Trl_Planner();
+    ga_search = Trl_GaSearch();
   }
   // Takes the next scripted event, which runs the command; returns its standard output.
   std::string run() {
