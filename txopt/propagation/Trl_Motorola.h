@@ -17,9 +17,10 @@ class Trl_Motorola : public Trl_PathLoss {
   // The gains from one base station to n users given as columns (x, y, z in m, and the
   // natural log of each user's antenna gain), into out[0..n-1]. The same law as gain(),
   // written as exp(ln(tx gain) + ln(rx gain) - constant ln(10)/10 - factor/20 ln(d^2)) and
-  // evaluated eight (AVX-512), four (AVX2) or two users at a time by the C library's vector
-  // exp and log; it agrees with gain() to a few units in the last place, and equal distances
-  // give equal gains, whichever width computed them.
+  // evaluated by the C library's vector exp and log: with AVX2 the logs of the whole row
+  // four users at a time, then the exps eight (AVX-512) or four at a time; otherwise two at
+  // a time. It agrees with gain() to a few units in the last place, and equal distances give
+  // equal gains, whichever width and place computed them.
   void gain_row(const Trl_Tx& tx, const double* x, const double* y, const double* z,
                 const double* log_rx_gain, int n, double* out) const;
   // Switches the eight-lane loop off, for comparisons.
