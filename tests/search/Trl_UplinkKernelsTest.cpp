@@ -57,12 +57,14 @@ void use_loops(int lanes, int threads) {
   Trl_UplinkKernels::eight_lanes_enabled = lanes == 8;
   Trl_UplinkKernels::threads = threads;
   Trl_UplinkKernels::two_threads_from = 0;
+  Trl_UplinkKernels::measure_threads = false;
 }
 
 void use_default_loops() {
   Trl_UplinkKernels::enabled = Trl_UplinkKernels::eight_lanes_enabled = true;
   Trl_UplinkKernels::threads = 2;
   Trl_UplinkKernels::two_threads_from = 1 << 17;
+  Trl_UplinkKernels::measure_threads = true;
 }
 
 const struct Loops {

@@ -3,6 +3,7 @@
 #include <immintrin.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <limits>
 #include <thread>
@@ -19,6 +20,7 @@ const double infinity = std::numeric_limits<double>::infinity();
 bool Trl_UplinkKernels::enabled = true;
 bool Trl_UplinkKernels::eight_lanes_enabled = true;
 int Trl_UplinkKernels::threads = std::thread::hardware_concurrency() >= 2 ? 2 : 1;
+bool Trl_UplinkKernels::measure_threads = true;
 double Trl_UplinkKernels::two_threads_from = 1 << 17;
 
 bool Trl_UplinkKernels::available() {
@@ -346,7 +348,9 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
   const int n = R.users, used = R.used;
   partial.assign(static_cast<size_t>(used) * 4, 0.0);
   keys.resize(static_cast<size_t>(2) * 2 * 2 * groups_per_block * 8);
-  const bool split = threads >= 2 && used >= 2 && static_cast<double>(used) * n >= two_threads_from;
+  const bool large = threads >= 2 && used >= 2 && static_cast<double>(used) * n >= two_threads_from;
+  const bool split = large && (!measure_threads || split_choice.split_next());
+  const auto began = std::chrono::steady_clock::now();
   const double* I = start ? nullptr : sums.data();
   meeting[0].count.store(0, std::memory_order_relaxed);
   meeting[1].count.store(0, std::memory_order_relaxed);
@@ -520,11 +524,16 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
   };
 
   // The worker is made on the first split sweep, so that small plans never start it.
-  if (split && Trl_WorkerThread::shared().start([&part] { part(1, 2); })) {
+  const bool shared = split && Trl_WorkerThread::shared().start([&part] { part(1, 2); });
+  if (shared) {
     part(0, 2);
     Trl_WorkerThread::shared().wait();
   } else {
     part(0, 1);
+  }
+  if (large && measure_threads && !start) {
+    const std::chrono::duration<double, std::nano> spent = std::chrono::steady_clock::now() - began;
+    split_choice.record(shared, spent.count() / (static_cast<double>(used) * n));
   }
   next_sums.resize(used);
   for (int k = 0; k < used; ++k) {

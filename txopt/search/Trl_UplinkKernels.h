@@ -17,12 +17,15 @@
 // also sums the new powers into the next sweep's interference while a block of users is still
 // in cache, so each sweep reads the gain table from memory once. Large sweeps share the rows
 // out between the caller and a kept worker thread, which meet once per block of users; each
-// row's sum stays with one thread, in the users' order.
+// row's sum stays with one thread, in the users' order. Whether a large sweep is shared
+// follows what shared and lone sweeps have cost lately.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
 #include <vector>
+
+#include "search/Trl_SplitChoice.h"
 
 class Trl_UplinkKernels {
  public:
@@ -56,6 +59,9 @@ class Trl_UplinkKernels {
   // smaller sweeps would spend more on the threads meeting than they save.
   static int threads;
   static double two_threads_from;
+  // Each large sweep is shared or not as its recent cost says (Trl_SplitChoice); off, every
+  // large sweep is shared.
+  static bool measure_threads;
 
   // sum[k] = the sum of p[j] * gains[k][j] over j < n for k < count, grouped as the plain
   // weighted sum groups it: four interleaved partial sums, the rest into the first.
@@ -108,6 +114,7 @@ class Trl_UplinkKernels {
     std::atomic<int> count{0};
   };
   meeting_point meeting[2];
+  Trl_SplitChoice split_choice;
   bool next_sums_ready = false;
   bool next_powers_nonnegative = false;  // and the powers summed into them were all 0 or above
 };
