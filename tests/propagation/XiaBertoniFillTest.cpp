@@ -95,14 +95,14 @@ class AngularFill : public testing::Test {
     fs::remove_all(dir);
   }
 
-  Trl_XiaBertoni model(Trl_Terrain* t) const {
-    return Trl_XiaBertoni(t, 2, 1500, 0.95, true, 5.5225, 1.8, 32.2, 35.1, 15.8493192);
+  Trl_XiaBertoni model(Trl_Terrain* t, double radius = 1500) const {
+    return Trl_XiaBertoni(t, 2, radius, 0.95, true, 5.5225, 1.8, 32.2, 35.1, 15.8493192);
   }
 
   // The plain double loop: each base station with its cell on the height grid, each user in
   // list order.
-  std::vector<std::vector<double>> plain_table(Trl_Terrain* t) const {
-    Trl_XiaBertoni m = model(t);
+  std::vector<std::vector<double>> plain_table(Trl_Terrain* t, double radius = 1500) const {
+    Trl_XiaBertoni m = model(t, radius);
     std::vector<std::vector<double>> table;
     for (Trl_Tx tx : stations) {
       if (t) tx.set_cell(t->height_grid());
@@ -155,6 +155,14 @@ TEST_F(AngularFill, EqualsThePlainLoopBitForBitWithProgress) {
   EXPECT_EQ(stations.tail().cell_j, 0);
 
   EXPECT_EQ(terrain->refCount, 2);  // the test's and the model's
+
+  // With a short radius most pairs take the far law, which the fill computes on the distance
+  // it sorted by.
+  const std::vector<std::vector<double>> far = plain_table(terrain, 60);
+  Trl_XiaBertoni short_range = model(terrain, 60);
+  Trl_Assigner b;
+  b.prepare(stations, users, Trl_Assigner::parameters(), short_range, terrain);
+  expect_same_bits(b, far);
 }
 
 // The pool gives the table of one thread to the bit for 2 and 7 threads: with every user

@@ -96,7 +96,7 @@ bool Trl_XiaBertoni::gain_without_profile(const Trl_Tx& tx, const Trl_Rx& rx, do
   indoor = false;
   // The far law first: a pair beyond the radius costs no raster access.
   if (d > max_radius) {
-    result = finish(tx, rx, far_loss());
+    result = far_gain(tx, rx, d);
     return true;
   }
   if (!has_rasters(terrain)) {
@@ -106,6 +106,12 @@ bool Trl_XiaBertoni::gain_without_profile(const Trl_Tx& tx, const Trl_Rx& rx, do
     return true;
   }
   return false;
+}
+
+double Trl_XiaBertoni::far_gain(const Trl_Tx& tx, const Trl_Rx& rx, double plane_distance) {
+  d = plane_distance;
+  indoor = false;
+  return finish(tx, rx, far_loss());
 }
 
 double Trl_XiaBertoni::gain(const Trl_Tx& tx, const Trl_Rx& rx) {

@@ -37,6 +37,9 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   // heights in m, bit k set where cell k holds a building.
   double gain_on_profile(const Trl_Tx& tx, const Trl_Rx& rx, const double* profile_heights,
                          const Trl_TxBitvector& profile_bits, int n);
+  // The gain of a pair beyond max_radius, given its plane distance in m as gain() takes it
+  // (the square root of dx * dx + dy * dy): the far law, which reads no raster.
+  double far_gain(const Trl_Tx& tx, const Trl_Rx& rx, double plane_distance);
   // The same on the first k cells of an indexed profile, for many cells of one line: equal
   // to gain_on_profile on those cells up to the rounding of a sum of roof heights.
   double gain_on_prefix(const Trl_Tx& tx, const Trl_Rx& rx, const Trl_ProfileRuns& line, int k);

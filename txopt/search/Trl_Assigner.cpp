@@ -288,7 +288,8 @@ void Trl_Assigner::fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_l
     for (const Trl_Rx* rx : users) {
       const double dx = tx.position.xcoord() - rx->position.xcoord();
       const double dy = tx.position.ycoord() - rx->position.ycoord();
-      if (std::sqrt(dx * dx + dy * dy) > m.max_radius) path_gain.set(t, rx->number, m.gain(tx, *rx));
+      const double d = std::sqrt(dx * dx + dy * dy);
+      if (d > m.max_radius) path_gain.set(t, rx->number, m.far_gain(tx, *rx, d));
       else scratch.near.push_back(rx);
     }
     angular_order(ref_i, ref_j, scratch.near, scratch.order);
