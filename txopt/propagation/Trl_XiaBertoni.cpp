@@ -1,5 +1,7 @@
 #include "propagation/Trl_XiaBertoni.h"
 
+#include <immintrin.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -10,6 +12,7 @@
 #include "raster/Trl_Clutter.h"
 #include "raster/Trl_Grid.h"
 #include "raster/Trl_Heightfield.h"
+#include "raster/Trl_MappedMatrixT.h"
 #include "raster/Trl_Terrain.h"
 #include "toolkit/error.h"
 
@@ -32,7 +35,69 @@ bool on_grid(const Trl_Grid& g, int i, int j) {
   return i >= 0 && j >= 0 && i < static_cast<int>(g.nx) && j < static_cast<int>(g.ny);
 }
 
+bool has_avx512() {
+  static const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+                             __builtin_cpu_supports("avx512vl");
+  return avx512;
+}
+
+// The first part of a profile read that keeps the cells of the line before, eight places at a
+// time: notes in `changed` (of n + 8 places at least) the places whose cell differs from
+// `known` and stores the line's cells (row << 32 | column) there; returns how many changed. The step-by-step walk moves the
+// minor coordinate at place k by floor((2 k minor + major) / (2 major)) in all, so each place
+// is found on its own; the quotient is rounded before the floor, which is exact here: a
+// quotient that is not a whole number lies at least 1 / (2 major) from one, far beyond the
+// division's rounding for numbers below 2^34.
+__attribute__((target("avx512f,avx512dq,avx512vl"))) int changed_places_eight(
+    std::int64_t* known, int* changed, int n, int col0, int row0, bool column_major, int step_col, int step_row,
+    int major, int minor, const Trl_MappedMatrixT<short, double>& heights, std::uint32_t* height_at) {
+  const __m512i lanes = _mm512_setr_epi64(0, 1, 2, 3, 4, 5, 6, 7);
+  const __m512d twice_major = _mm512_set1_pd(2.0 * major);
+  const __m512d numerator_step = _mm512_set1_pd(16.0 * minor);
+  const __m512i col_start = _mm512_set1_epi64(col0), row_start = _mm512_set1_epi64(row0);
+  const __m512i col_step = _mm512_set1_epi64(step_col), row_step = _mm512_set1_epi64(step_row);
+  const __m512i low_bits = _mm512_set1_epi64(0xFFFFFFFF);
+  const __m128i page_bits = _mm_cvtsi32_si128(heights.page_bits), row_bits = _mm_cvtsi32_si128(heights.tile_row_bits);
+  const __m128i column_bits = _mm_cvtsi32_si128(heights.tile_column_bits);
+  const __m512i row_mask = _mm512_set1_epi64(heights.tile_row_mask), column_mask = _mm512_set1_epi64(heights.tile_column_mask);
+  const __m512i tiles_across = _mm512_set1_epi64(heights.tiles_across);
+  __m512i place = lanes;
+  __m512d numerator = _mm512_add_pd(_mm512_mul_pd(_mm512_cvtepi64_pd(lanes), _mm512_set1_pd(2.0 * minor)),
+                                    _mm512_set1_pd(major));
+  int count = 0;
+  for (int k = 0; k < n; k += 8) {
+    const __mmask8 in_line = k + 8 <= n ? __mmask8{0xFF} : static_cast<__mmask8>((1u << (n - k)) - 1);
+    // (Masked forms with every lane set: the plain ones trip a warning in GCC 12's headers.)
+    const __m512i moved = _mm512_cvttpd_epi64(_mm512_maskz_roundscale_pd(
+        0xFF, _mm512_div_pd(numerator, twice_major), _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC));
+    const __m512i col_offset = column_major ? place : moved, row_offset = column_major ? moved : place;
+    const __m512i col = _mm512_add_epi64(col_start, _mm512_mullo_epi64(col_offset, col_step));
+    const __m512i row = _mm512_add_epi64(row_start, _mm512_mullo_epi64(row_offset, row_step));
+    const __m512i cell = _mm512_or_si512(_mm512_maskz_slli_epi64(0xFF, row, 32), _mm512_and_si512(col, low_bits));
+    const __mmask8 differ = _mm512_mask_cmpneq_epi64_mask(in_line, cell, _mm512_maskz_loadu_epi64(in_line, known + k));
+    _mm512_mask_storeu_epi64(known + k, in_line, cell);
+    // Compressed in a register and stored whole (`changed` has eight places to spare): the
+    // compressing store to memory is microcoded and slow on some processors.
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(changed + count),
+                        _mm256_maskz_compress_epi32(differ, _mm512_maskz_cvtepi64_epi32(0xFF, place)));
+    // Where the height matrix keeps each cell, as its own index() finds it.
+    const __m512i tile = _mm512_add_epi64(_mm512_mullo_epi64(_mm512_maskz_srl_epi64(0xFF, row, row_bits), tiles_across),
+                                          _mm512_maskz_srl_epi64(0xFF, col, column_bits));
+    const __m512i within = _mm512_add_epi64(_mm512_maskz_sll_epi64(0xFF, _mm512_and_si512(row, row_mask), column_bits),
+                                            _mm512_and_si512(col, column_mask));
+    const __m512i index = _mm512_add_epi64(_mm512_maskz_sll_epi64(0xFF, tile, page_bits), within);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(height_at + count),
+                        _mm256_maskz_compress_epi32(differ, _mm512_maskz_cvtepi64_epi32(0xFF, index)));
+    count += __builtin_popcount(differ);
+    place = _mm512_add_epi64(place, _mm512_set1_epi64(8));
+    numerator = _mm512_add_pd(numerator, numerator_step);
+  }
+  return count;
+}
+
 }  // namespace
+
+bool Trl_XiaBertoni::wide_walk = true;
 
 Trl_XiaBertoni::Trl_XiaBertoni(Trl_Terrain* terrain, double frequency_ghz, double max_radius,
                                double tolerance, bool geometric, double lmsd_linear,
@@ -43,7 +108,8 @@ Trl_XiaBertoni::Trl_XiaBertoni(Trl_Terrain* terrain, double frequency_ghz, doubl
       heights(static_cast<int>(profile_size)),
       bits(static_cast<int>(profile_size), true),
       profile_cell_at(profile_size, -1),
-      changed_places(profile_size),
+      changed_places(profile_size + 8),
+      changed_height_at(profile_size + 8),
       frequency(frequency_ghz * 1e9),
       wavelength(speed_of_light / (frequency_ghz * 1e9)),
       max_radius(max_radius),
@@ -66,7 +132,8 @@ Trl_XiaBertoni::Trl_XiaBertoni(const Trl_XiaBertoni& other)
       bits(static_cast<int>(other.profile_size), true),
       reuse_profile_cells(other.reuse_profile_cells),
       profile_cell_at(other.profile_size, -1),
-      changed_places(other.profile_size),
+      changed_places(other.profile_size + 8),
+      changed_height_at(other.profile_size + 8),
       frequency(other.frequency),
       wavelength(other.wavelength),
       max_radius(other.max_radius),
@@ -193,11 +260,45 @@ void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
     std::int64_t* known = profile_cell_at.data();
     int* changed = changed_places.data();
     int count = 0;
-    for (int k = 0; k < n; ++k, step()) {
-      const std::int64_t cell = (static_cast<std::int64_t>(row) << 32) | static_cast<std::uint32_t>(col);
-      changed[count] = k;
-      count += known[k] != cell;
-      known[k] = cell;
+    if (wide_walk && has_avx512()) {
+      std::uint32_t* at = changed_height_at.data();
+      count = changed_places_eight(known, changed, n, col, row, column_major, step_col, step_row, major, minor,
+                                   matrix, at);
+      // All the heights and building words are asked for first, so that their reads overlap.
+      for (int m = 0; m < count; ++m) {
+        _mm_prefetch(reinterpret_cast<const char*>(data + at[m]), _MM_HINT_T0);
+        const std::int64_t cell = known[changed[m]];
+        const int ci = static_cast<int>(static_cast<std::uint32_t>(cell)) + offset_i;
+        const int cj = static_cast<int>(cell >> 32) + offset_j;
+        if (clutter_cached && ci >= 0 && cj >= 0 && ci < clutter_columns && cj < clutter_rows)
+          _mm_prefetch(reinterpret_cast<const char*>(&clutter_bits[static_cast<size_t>(cj) * clutter_words + (ci >> 6)]),
+                       _MM_HINT_T0);
+      }
+      // The building bits gather in a word that is written when the next place lies in another.
+      int word = -1;
+      std::uint32_t value = 0, written = 0;
+      for (int m = 0; m < count; ++m) {
+        const int k = changed[m];
+        if (k >> 5 != word) {
+          if (word >= 0) bits.assign_word(word << 5, value, ~written);
+          word = k >> 5;
+          value = written = 0;
+        }
+        row = static_cast<int>(known[k] >> 32);
+        col = static_cast<int>(static_cast<std::uint32_t>(known[k]));
+        H[k] = data[at[m]];
+        value |= static_cast<std::uint32_t>(built_at()) << (k & 31);
+        written |= std::uint32_t(1) << (k & 31);
+      }
+      if (word >= 0) bits.assign_word(word << 5, value, ~written);
+      return;
+    } else {
+      for (int k = 0; k < n; ++k, step()) {
+        const std::int64_t cell = (static_cast<std::int64_t>(row) << 32) | static_cast<std::uint32_t>(col);
+        changed[count] = k;
+        count += known[k] != cell;
+        known[k] = cell;
+      }
     }
     for (int m = 0; m < count; ++m) {
       const int k = changed[m];

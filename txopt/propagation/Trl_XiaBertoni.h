@@ -54,8 +54,12 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   // are the same either way. profile_cell_at holds per place the cell (row << 32 | column)
   // whose height and bit stand there.
   bool reuse_profile_cells = false;
+  // That walk eight places at a time where the processor has AVX-512; off, one at a time
+  // (for comparisons).
+  static bool wide_walk;
   std::vector<std::int64_t> profile_cell_at;
   std::vector<int> changed_places;  // scratch of one walk
+  std::vector<std::uint32_t> changed_height_at;  // and where the height matrix keeps those cells
   bool profile_cells_stale = true;
   double frequency;             // Hz
   double wavelength;            // m
