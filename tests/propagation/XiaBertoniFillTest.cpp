@@ -235,20 +235,25 @@ TEST_F(AngularFill, ProfilesAreTheTerrainsOwn) {
   // clutter profiles cell for cell (rows here have up to 13 runs, so the clutter's own run
   // search with its quirks is in play), and its gain that of the terrain's profile. So too
   // when it keeps the cells a line shares with the one before, also when that is switched
-  // on and off between lines (a line read whole leaves the kept cells stale), and with the
-  // walk that finds eight places at a time switched off.
+  // on and off between lines (a line read whole leaves the kept cells stale), with the walk
+  // that finds eight places at a time switched off, and when each gain starts the profile
+  // of the user that follows, or of one that does not.
   Trl_XiaBertoni check = model(terrain);
   std::vector<double> heights(columns);
   Trl_TxBitvector bits(columns, true);
+  std::vector<const Trl_Rx*> in_list;
+  for (const Trl_Rx& rx : users) in_list.push_back(&rx);
+  const int n_users = static_cast<int>(in_list.size());
   int mismatches = 0, lines = 0;
-  for (int reuse : {0, 1, 2, 3}) {
+  for (int reuse : {0, 1, 2, 3, 4, 5}) {
     Trl_XiaBertoni::wide_walk = reuse != 3;
     Trl_XiaBertoni m = model(terrain);
     for (Trl_Tx tx : stations) {
       tx.set_cell(terrain->height_grid());
-      for (const Trl_Rx& rx : users) {
+      for (int r = 0; r < n_users; ++r) {
+        const Trl_Rx& rx = *in_list[r];
         m.reuse_profile_cells = reuse != 0 && (reuse != 2 || lines % 3 != 0);
-        const double g = m.gain(tx, rx);
+        const double g = reuse < 4 ? m.gain(tx, rx) : m.gain_then_prepare(tx, rx, in_list[(r + reuse - 3) % n_users]);
         int count = 0, bit_count = 0;
         terrain->height_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, 0.0, count, heights.data());
         terrain->clutter_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, bit_count, bits);
@@ -262,7 +267,7 @@ TEST_F(AngularFill, ProfilesAreTheTerrainsOwn) {
     }
   }
   Trl_XiaBertoni::wide_walk = true;
-  EXPECT_EQ(lines, 4 * 2400);
+  EXPECT_EQ(lines, 6 * 2400);
   EXPECT_EQ(mismatches, 0);
 }
 

@@ -203,6 +203,20 @@ double Trl_XiaBertoni::gain_on_profile(const Trl_Tx& tx, const Trl_Rx& rx,
 // reads both rasters without a call per cell. It delivers the cells of the terrain's
 // height and clutter profiles, one for one.
 void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
+  if (walk_pending) {
+    const bool same_line = pending_line[0] == tx.cell_i && pending_line[1] == tx.cell_j &&
+                           pending_line[2] == rx.cell_i && pending_line[3] == rx.cell_j;
+    read_changes();
+    if (same_line) {
+      n = pending_line[4];
+      return;
+    }
+  }
+  if (reuse_profile_cells && wide_walk && has_avx512()) {
+    walk_changes(tx, rx, n);
+    read_changes();
+    return;
+  }
   const Trl_Grid& g = terrain->height_grid();
   TK_ASSERT(on_grid(g, tx.cell_i, tx.cell_j) && on_grid(g, rx.cell_i, rx.cell_j),
             "base station and mobile user cells lie on the height grid");
@@ -245,60 +259,23 @@ void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
   // The building bit of the cell; a cell beyond the clutter raster is open ground.
   auto built_at = [&]() {
     const int ci = col + offset_i, cj = row + offset_j;
-    if (ci < 0 || cj < 0 || ci >= clutter_columns || cj >= clutter_rows) return false;
-    if (!clutter_cached) return clutter.built(ci, cj);
-    if (!clutter_row_ready[cj]) decode_clutter_row(cj);
-    return ((clutter_bits[static_cast<size_t>(cj) * clutter_words + (ci >> 6)] >> (ci & 63)) & 1u) != 0;
+    return ci >= 0 && cj >= 0 && ci < clutter_columns && cj < clutter_rows && built_cell(ci, cj);
   };
 
   if (reuse_profile_cells) {
-    // A cell already at its place from the line before keeps its height and bit.
+    // A cell already at its place from the line before keeps its height and bit: first the
+    // walk, noting the places whose cell changed (without a branch on it), then the reads of
+    // those cells alone.
     if (profile_cells_stale) std::fill(profile_cell_at.begin(), profile_cell_at.end(), -1);
     profile_cells_stale = false;
-    // First the walk, noting the places whose cell changed (without a branch on it), then
-    // the reads of those cells alone.
     std::int64_t* known = profile_cell_at.data();
     int* changed = changed_places.data();
     int count = 0;
-    if (wide_walk && has_avx512()) {
-      std::uint32_t* at = changed_height_at.data();
-      count = changed_places_eight(known, changed, n, col, row, column_major, step_col, step_row, major, minor,
-                                   matrix, at);
-      // All the heights and building words are asked for first, so that their reads overlap.
-      for (int m = 0; m < count; ++m) {
-        _mm_prefetch(reinterpret_cast<const char*>(data + at[m]), _MM_HINT_T0);
-        const std::int64_t cell = known[changed[m]];
-        const int ci = static_cast<int>(static_cast<std::uint32_t>(cell)) + offset_i;
-        const int cj = static_cast<int>(cell >> 32) + offset_j;
-        if (clutter_cached && ci >= 0 && cj >= 0 && ci < clutter_columns && cj < clutter_rows)
-          _mm_prefetch(reinterpret_cast<const char*>(&clutter_bits[static_cast<size_t>(cj) * clutter_words + (ci >> 6)]),
-                       _MM_HINT_T0);
-      }
-      // The building bits gather in a word that is written when the next place lies in another.
-      int word = -1;
-      std::uint32_t value = 0, written = 0;
-      for (int m = 0; m < count; ++m) {
-        const int k = changed[m];
-        if (k >> 5 != word) {
-          if (word >= 0) bits.assign_word(word << 5, value, ~written);
-          word = k >> 5;
-          value = written = 0;
-        }
-        row = static_cast<int>(known[k] >> 32);
-        col = static_cast<int>(static_cast<std::uint32_t>(known[k]));
-        H[k] = data[at[m]];
-        value |= static_cast<std::uint32_t>(built_at()) << (k & 31);
-        written |= std::uint32_t(1) << (k & 31);
-      }
-      if (word >= 0) bits.assign_word(word << 5, value, ~written);
-      return;
-    } else {
-      for (int k = 0; k < n; ++k, step()) {
-        const std::int64_t cell = (static_cast<std::int64_t>(row) << 32) | static_cast<std::uint32_t>(col);
-        changed[count] = k;
-        count += known[k] != cell;
-        known[k] = cell;
-      }
+    for (int k = 0; k < n; ++k, step()) {
+      const std::int64_t cell = (static_cast<std::int64_t>(row) << 32) | static_cast<std::uint32_t>(col);
+      changed[count] = k;
+      count += known[k] != cell;
+      known[k] = cell;
     }
     for (int m = 0; m < count; ++m) {
       const int k = changed[m];
@@ -321,6 +298,81 @@ void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
     }
   }
   if (n & 31) bits.assign_word(n & ~31, word, ~((std::uint32_t(1) << (n & 31)) - 1));
+}
+
+bool Trl_XiaBertoni::built_cell_first(int ci, int cj) {
+  if (!clutter_cached) return terrain->clutter->built(ci, cj);
+  decode_clutter_row(cj);
+  return built_cell(ci, cj);
+}
+
+// The first half of a profile read that keeps the cells of the line before, eight places at a
+// time: notes the places whose cell changed and where the height matrix keeps those cells,
+// and asks for those heights, so that they are on their way while other work goes on.
+void Trl_XiaBertoni::walk_changes(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
+  const Trl_Grid& g = terrain->height_grid();
+  TK_ASSERT(on_grid(g, tx.cell_i, tx.cell_j) && on_grid(g, rx.cell_i, rx.cell_j),
+            "base station and mobile user cells lie on the height grid");
+  const int di = rx.cell_i - tx.cell_i, dj = rx.cell_j - tx.cell_j;
+  const int major = std::max(std::abs(di), std::abs(dj)), minor = std::min(std::abs(di), std::abs(dj));
+  n = major + 1;
+  if (profile_cells_stale) std::fill(profile_cell_at.begin(), profile_cell_at.end(), -1);
+  profile_cells_stale = false;
+  const Trl_MappedMatrixT<short, double>& matrix = *terrain->heightfield->matrix;
+  std::uint32_t* at = changed_height_at.data();
+  changed_count = changed_places_eight(profile_cell_at.data(), changed_places.data(), n, tx.cell_i, tx.cell_j,
+                                       std::abs(di) >= std::abs(dj), di < 0 ? -1 : 1, dj < 0 ? -1 : 1, major, minor,
+                                       matrix, at);
+  for (int m = 0; m < changed_count; ++m) _mm_prefetch(reinterpret_cast<const char*>(matrix.data + at[m]), _MM_HINT_T0);
+  walk_pending = true;
+  pending_line[0] = tx.cell_i;
+  pending_line[1] = tx.cell_j;
+  pending_line[2] = rx.cell_i;
+  pending_line[3] = rx.cell_j;
+  pending_line[4] = n;
+}
+
+// The second half: reads the changed cells' heights and building bits into the profile. The
+// bits gather in a word that is written when the next place lies in another.
+void Trl_XiaBertoni::read_changes() {
+  walk_pending = false;
+  const short* data = terrain->heightfield->matrix->data;
+  const std::int64_t* known = profile_cell_at.data();
+  const int* changed = changed_places.data();
+  const std::uint32_t* at = changed_height_at.data();
+  const int offset_i = terrain->offset_i, offset_j = terrain->offset_j;
+  const int clutter_columns = static_cast<int>(terrain->clutter->columns);
+  const int clutter_rows = static_cast<int>(terrain->clutter->rows);
+  double* H = heights.data();
+  int word = -1;
+  std::uint32_t value = 0, written = 0;
+  for (int m = 0; m < changed_count; ++m) {
+    const int k = changed[m];
+    if (k >> 5 != word) {
+      if (word >= 0) bits.assign_word(word << 5, value, ~written);
+      word = k >> 5;
+      value = written = 0;
+    }
+    H[k] = data[at[m]];
+    const int ci = static_cast<int>(static_cast<std::uint32_t>(known[k])) + offset_i;
+    const int cj = static_cast<int>(known[k] >> 32) + offset_j;
+    const bool built = ci >= 0 && cj >= 0 && ci < clutter_columns && cj < clutter_rows && built_cell(ci, cj);
+    value |= static_cast<std::uint32_t>(built) << (k & 31);
+    written |= std::uint32_t(1) << (k & 31);
+  }
+  if (word >= 0) bits.assign_word(word << 5, value, ~written);
+}
+
+double Trl_XiaBertoni::gain_then_prepare(const Trl_Tx& tx, const Trl_Rx& rx, const Trl_Rx* next) {
+  double result;
+  if (gain_without_profile(tx, rx, result)) return result;
+  int n = 0;
+  fetch_profile(tx, rx, n);
+  // The next line's walk changes only which cells the places will hold; this profile's
+  // heights and bits stay until its reads.
+  int next_n = 0;
+  if (next && reuse_profile_cells && wide_walk && has_avx512()) walk_changes(tx, *next, next_n);
+  return near_gain(tx, rx, heights.data(), bits, n);
 }
 
 void Trl_XiaBertoni::prepare_clutter_cache() {

@@ -37,6 +37,12 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   // heights in m, bit k set where cell k holds a building.
   double gain_on_profile(const Trl_Tx& tx, const Trl_Rx& rx, const double* profile_heights,
                          const Trl_TxBitvector& profile_bits, int n);
+  // gain(tx, rx) for a pair within max_radius, which then starts the profile of (tx, next),
+  // the pair the next call will most likely ask for: with reuse_profile_cells and the wide
+  // walk, its line is walked and its changed cells are asked for from memory while this
+  // pair's gain is worked out. The gains are those of gain(); any later call takes the
+  // started profile up first.
+  double gain_then_prepare(const Trl_Tx& tx, const Trl_Rx& rx, const Trl_Rx* next);
   // The gain of a pair beyond max_radius, given its plane distance in m as gain() takes it
   // (the square root of dx * dx + dy * dy): the far law, which reads no raster.
   double far_gain(const Trl_Tx& tx, const Trl_Rx& rx, double plane_distance);
@@ -60,6 +66,10 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   std::vector<std::int64_t> profile_cell_at;
   std::vector<int> changed_places;  // scratch of one walk
   std::vector<std::uint32_t> changed_height_at;  // and where the height matrix keeps those cells
+  int changed_count = 0;
+  // A walk whose reads are still to come, and its line: tx cell, rx cell, cells.
+  bool walk_pending = false;
+  int pending_line[5] = {0, 0, 0, 0, 0};
   bool profile_cells_stale = true;
   double frequency;             // Hz
   double wavelength;            // m
@@ -96,6 +106,16 @@ class Trl_XiaBertoni : public Trl_PathLoss {
 
  private:
   void fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n);
+  void walk_changes(const Trl_Tx& tx, const Trl_Rx& rx, int& n);
+  void read_changes();
+  // The building bit of clutter cell (ci, cj), which lies on the clutter raster: from the
+  // decoded rows, decoding the cell's row first if need be.
+  bool built_cell(int ci, int cj) {
+    if (clutter_cached && clutter_row_ready[cj])
+      return ((clutter_bits[static_cast<size_t>(cj) * clutter_words + (ci >> 6)] >> (ci & 63)) & 1u) != 0;
+    return built_cell_first(ci, cj);
+  }
+  bool built_cell_first(int ci, int cj);
   void prepare_clutter_cache();
   void decode_clutter_row(int row);
   // Sets the distance; for a pair beyond the radius (far law) or without rasters (free

@@ -293,7 +293,12 @@ void Trl_Assigner::fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_l
       else scratch.near.push_back(rx);
     }
     angular_order(ref_i, ref_j, scratch.near, scratch.order);
-    for (const auto& entry : scratch.order) path_gain.set(t, entry.second->number, m.gain(tx, *entry.second));
+    // Each gain starts the next user's profile, so that its reads overlap this one's work.
+    const size_t near = scratch.order.size();
+    for (size_t q = 0; q < near; ++q) {
+      const Trl_Rx* next = q + 1 < near ? scratch.order[q + 1].second : nullptr;
+      path_gain.set(t, scratch.order[q].second->number, m.gain_then_prepare(tx, *scratch.order[q].second, next));
+    }
   };
   std::atomic<int> done(0);
   auto report = [&]() {
