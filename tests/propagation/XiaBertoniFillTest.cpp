@@ -75,7 +75,8 @@ class AngularFill : public testing::Test {
       tx.number = static_cast<int>(stations.size());
       stations.append(tx);
     }
-    // Users on cells all over the terrain, the border included, numbered in a shuffled order.
+    // Users on cells all over the terrain, the border included, one in the cell of the first
+    // base station (a line of one cell), numbered in a shuffled order.
     std::mt19937 draw(7);
     std::vector<int> numbers(400);
     for (int k = 0; k < 400; ++k) numbers[k] = k;
@@ -84,7 +85,7 @@ class AngularFill : public testing::Test {
       Trl_Rx rx;
       const double x = k < 8 ? (k % 2) * (columns - 1) * cell : std::uniform_real_distribution<double>(0, 235)(draw);
       const double y = k < 8 ? (k / 2 % 4) * (rows - 1) * cell / 3 : std::uniform_real_distribution<double>(0, 195)(draw);
-      rx.position = tk::d3_point(x, y, k % 5 == 0 ? 4.5 : 1.5);
+      rx.position = k == 8 ? tk::d3_point(53, 102, 1.5) : tk::d3_point(x, y, k % 5 == 0 ? 4.5 : 1.5);
       rx.number = numbers[k];
       rx.set_cell(terrain->height_grid());
       users.append(rx);

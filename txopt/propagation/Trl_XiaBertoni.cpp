@@ -43,19 +43,23 @@ bool has_avx512() {
 
 // The first part of a profile read that keeps the cells of the line before, eight places at a
 // time: notes in `changed` (of n + 8 places at least) the places whose cell differs from
-// `known` and stores the line's cells (row << 32 | column) there; returns how many changed. The step-by-step walk moves the
-// minor coordinate at place k by floor((2 k minor + major) / (2 major)) in all, so each place
-// is found on its own; the quotient is rounded before the floor, which is exact here: a
-// quotient that is not a whole number lies at least 1 / (2 major) from one, far beyond the
-// division's rounding for numbers below 2^34.
+// `known`, and in `height_at` where the height matrix keeps those cells, and stores the line's
+// cells (row << 32 | column) in `known`; returns how many changed. The step-by-step walk
+// moves the minor coordinate at place k by floor((2 k minor + major) / (2 major)) in all, so
+// each place is found on its own. The quotient is taken as the numerator times the rounded
+// reciprocal plus 2^-20, then rounded down, which is exact for lines of fewer than 2^18
+// cells: the product is then within 2^-33 of the quotient, and a quotient that is not a
+// whole number lies at least 1 / (2 major) > 2^-19 below the next one.
 __attribute__((target("avx512f,avx512dq,avx512vl"))) int changed_places_eight(
     std::int64_t* known, int* changed, int n, int col0, int row0, bool column_major, int step_col, int step_row,
     int major, int minor, const Trl_MappedMatrixT<short, double>& heights, std::uint32_t* height_at) {
   const __m512i lanes = _mm512_setr_epi64(0, 1, 2, 3, 4, 5, 6, 7);
-  const __m512d twice_major = _mm512_set1_pd(2.0 * major);
+  // A line of one cell (major 0) has only place 0, whose numerator is 0.
+  const __m512d reciprocal = _mm512_set1_pd(1.0 / std::max(2.0 * major, 1.0)), nudge = _mm512_set1_pd(0x1p-20);
   const __m512d numerator_step = _mm512_set1_pd(16.0 * minor);
   const __m512i col_start = _mm512_set1_epi64(col0), row_start = _mm512_set1_epi64(row0);
-  const __m512i col_step = _mm512_set1_epi64(step_col), row_step = _mm512_set1_epi64(step_row);
+  // Offsets times a step of -1 or 1: (offset ^ sign) - sign, with sign -1 or 0.
+  const __m512i col_sign = _mm512_set1_epi64(step_col < 0 ? -1 : 0), row_sign = _mm512_set1_epi64(step_row < 0 ? -1 : 0);
   const __m512i low_bits = _mm512_set1_epi64(0xFFFFFFFF);
   const __m128i page_bits = _mm_cvtsi32_si128(heights.page_bits), row_bits = _mm_cvtsi32_si128(heights.tile_row_bits);
   const __m128i column_bits = _mm_cvtsi32_si128(heights.tile_column_bits);
@@ -69,10 +73,10 @@ __attribute__((target("avx512f,avx512dq,avx512vl"))) int changed_places_eight(
     const __mmask8 in_line = k + 8 <= n ? __mmask8{0xFF} : static_cast<__mmask8>((1u << (n - k)) - 1);
     // (Masked forms with every lane set: the plain ones trip a warning in GCC 12's headers.)
     const __m512i moved = _mm512_cvttpd_epi64(_mm512_maskz_roundscale_pd(
-        0xFF, _mm512_div_pd(numerator, twice_major), _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC));
+        0xFF, _mm512_add_pd(_mm512_mul_pd(numerator, reciprocal), nudge), _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC));
     const __m512i col_offset = column_major ? place : moved, row_offset = column_major ? moved : place;
-    const __m512i col = _mm512_add_epi64(col_start, _mm512_mullo_epi64(col_offset, col_step));
-    const __m512i row = _mm512_add_epi64(row_start, _mm512_mullo_epi64(row_offset, row_step));
+    const __m512i col = _mm512_add_epi64(col_start, _mm512_sub_epi64(_mm512_xor_si512(col_offset, col_sign), col_sign));
+    const __m512i row = _mm512_add_epi64(row_start, _mm512_sub_epi64(_mm512_xor_si512(row_offset, row_sign), row_sign));
     const __m512i cell = _mm512_or_si512(_mm512_maskz_slli_epi64(0xFF, row, 32), _mm512_and_si512(col, low_bits));
     const __mmask8 differ = _mm512_mask_cmpneq_epi64_mask(in_line, cell, _mm512_maskz_loadu_epi64(in_line, known + k));
     _mm512_mask_storeu_epi64(known + k, in_line, cell);
@@ -81,7 +85,8 @@ __attribute__((target("avx512f,avx512dq,avx512vl"))) int changed_places_eight(
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(changed + count),
                         _mm256_maskz_compress_epi32(differ, _mm512_maskz_cvtepi64_epi32(0xFF, place)));
     // Where the height matrix keeps each cell, as its own index() finds it.
-    const __m512i tile = _mm512_add_epi64(_mm512_mullo_epi64(_mm512_maskz_srl_epi64(0xFF, row, row_bits), tiles_across),
+    // (Tile rows and tiles across are below 2^32, so their product takes the 32-bit multiply.)
+    const __m512i tile = _mm512_add_epi64(_mm512_maskz_mul_epu32(0xFF, _mm512_maskz_srl_epi64(0xFF, row, row_bits), tiles_across),
                                           _mm512_maskz_srl_epi64(0xFF, col, column_bits));
     const __m512i within = _mm512_add_epi64(_mm512_maskz_sll_epi64(0xFF, _mm512_and_si512(row, row_mask), column_bits),
                                             _mm512_and_si512(col, column_mask));
@@ -212,7 +217,7 @@ void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
       return;
     }
   }
-  if (reuse_profile_cells && wide_walk && has_avx512()) {
+  if (reuse_profile_cells && walks_wide()) {
     walk_changes(tx, rx, n);
     read_changes();
     return;
@@ -300,6 +305,8 @@ void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
   if (n & 31) bits.assign_word(n & ~31, word, ~((std::uint32_t(1) << (n & 31)) - 1));
 }
 
+bool Trl_XiaBertoni::walks_wide() const { return wide_walk && has_avx512() && profile_size < (1u << 18); }
+
 bool Trl_XiaBertoni::built_cell_first(int ci, int cj) {
   if (!clutter_cached) return terrain->clutter->built(ci, cj);
   decode_clutter_row(cj);
@@ -371,7 +378,7 @@ double Trl_XiaBertoni::gain_then_prepare(const Trl_Tx& tx, const Trl_Rx& rx, con
   // The next line's walk changes only which cells the places will hold; this profile's
   // heights and bits stay until its reads.
   int next_n = 0;
-  if (next && reuse_profile_cells && wide_walk && has_avx512()) walk_changes(tx, *next, next_n);
+  if (next && reuse_profile_cells && walks_wide()) walk_changes(tx, *next, next_n);
   return near_gain(tx, rx, heights.data(), bits, n);
 }
 

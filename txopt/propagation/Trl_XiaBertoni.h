@@ -60,8 +60,8 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   // are the same either way. profile_cell_at holds per place the cell (row << 32 | column)
   // whose height and bit stand there.
   bool reuse_profile_cells = false;
-  // That walk eight places at a time where the processor has AVX-512; off, one at a time
-  // (for comparisons).
+  // That walk eight places at a time where the processor has AVX-512 (and lines are shorter
+  // than 2^18 cells); off, one at a time (for comparisons).
   static bool wide_walk;
   std::vector<std::int64_t> profile_cell_at;
   std::vector<int> changed_places;  // scratch of one walk
@@ -106,6 +106,8 @@ class Trl_XiaBertoni : public Trl_PathLoss {
 
  private:
   void fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n);
+  // The walk of kept cells goes eight places at a time (on AVX-512, for lines shorter than 2^18).
+  bool walks_wide() const;
   void walk_changes(const Trl_Tx& tx, const Trl_Rx& rx, int& n);
   void read_changes();
   // The building bit of clutter cell (ci, cj), which lies on the clutter raster: from the
