@@ -85,7 +85,7 @@ class AngularFill : public testing::Test {
       Trl_Rx rx;
       const double x = k < 8 ? (k % 2) * (columns - 1) * cell : std::uniform_real_distribution<double>(0, 235)(draw);
       const double y = k < 8 ? (k / 2 % 4) * (rows - 1) * cell / 3 : std::uniform_real_distribution<double>(0, 195)(draw);
-      rx.position = k == 8 ? tk::d3_point(53, 102, 1.5) : tk::d3_point(x, y, k % 5 == 0 ? 4.5 : 1.5);
+      rx.position = k == 8 ? tk::d3_point(51, 100, 1.5) : tk::d3_point(x, y, k % 5 == 0 ? 4.5 : 1.5);
       rx.number = numbers[k];
       rx.set_cell(terrain->height_grid());
       users.append(rx);
@@ -269,6 +269,23 @@ TEST_F(AngularFill, ProfilesAreTheTerrainsOwn) {
   }
   Trl_XiaBertoni::wide_walk = true;
   EXPECT_EQ(lines, 6 * 2400);
+
+  // A line of one cell (the ninth user stands in the first base station's cell) as the
+  // first line of a model that keeps cells: its one place is read.
+  Trl_XiaBertoni first = model(terrain);
+  first.reuse_profile_cells = true;
+  Trl_Tx tx = stations.head();
+  tx.set_cell(terrain->height_grid());
+  const Trl_Rx& in_cell = *in_list[8];
+  ASSERT_EQ(in_cell.cell_i, tx.cell_i);
+  ASSERT_EQ(in_cell.cell_j, tx.cell_j);
+  const double g = first.gain(tx, in_cell);
+  int count = 0, bit_count = 0;
+  terrain->height_profile(tx.cell_i, tx.cell_j, tx.cell_i, tx.cell_j, 0.0, count, heights.data());
+  terrain->clutter_profile(tx.cell_i, tx.cell_j, tx.cell_i, tx.cell_j, bit_count, bits);
+  ASSERT_EQ(count, 1);
+  EXPECT_EQ(first.heights[0], heights[0]);
+  EXPECT_EQ(g, check.gain_on_profile(tx, in_cell, heights.data(), bits, 1));
   EXPECT_EQ(mismatches, 0);
 }
 
