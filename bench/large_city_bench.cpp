@@ -127,6 +127,43 @@ void BM_LargeXiaBertoniTableReference(benchmark::State& state) {
 }
 BENCHMARK(BM_LargeXiaBertoniTableReference)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
 
+// The two one-thread fills of the rows above taken in turn, five rounds, each with a new model
+// as above and each going first in every other round: on a shared machine whose speed drifts
+// from second to second, fills next to each other see the same machine. Reports the fastest of each (ms) and the ratio of the fastest
+// (plain over angular), with the least and greatest ratio of one round.
+void BM_LargeXiaBertoniAngularBesidePlain(benchmark::State& state) {
+  CitygenCity& c = city();
+  if (!c.terrain->loaded()) return state.SkipWithError("no large city");
+  Trl_Assigner assigner;
+  auto timed = [&](bool angular) {
+    Trl_XiaBertoni m = c.urban();
+    const auto start = std::chrono::steady_clock::now();
+    assigner.make_tables(c.tx, c.rx, Trl_Assigner::parameters());
+    if (angular) assigner.fill_path_gains_in_angular_order(c.tx, c.rx, m, *c.terrain, Trl_Assigner::status_function());
+    else assigner.fill_path_gains(c.tx, c.rx, m);
+    benchmark::DoNotOptimize(assigner.path_gain.row(0)[0]);
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+  };
+  double angular_ms = 1e300, plain_ms = 1e300, least = 1e300, greatest = 0;
+  int round = 0;
+  for (auto _ : state) {
+    // Each goes first in every other round.
+    const bool plain_first = round++ % 2 == 0;
+    const double first = timed(!plain_first), second = timed(plain_first);
+    const double plain = plain_first ? first : second, angular = plain_first ? second : first;
+    plain_ms = std::min(plain_ms, plain);
+    angular_ms = std::min(angular_ms, angular);
+    least = std::min(least, plain / angular);
+    greatest = std::max(greatest, plain / angular);
+  }
+  state.counters["angular_ms"] = angular_ms;
+  state.counters["plain_ms"] = plain_ms;
+  state.counters["ratio"] = plain_ms / angular_ms;
+  state.counters["round_ratio_low"] = least;
+  state.counters["round_ratio_high"] = greatest;
+}
+BENCHMARK(BM_LargeXiaBertoniAngularBesidePlain)->Iterations(5)->UseRealTime()->Unit(benchmark::kMillisecond);
+
 // --------------------------------------------------------------------- solve
 
 // The solver on the simple model's table (prepared once, not timed).
