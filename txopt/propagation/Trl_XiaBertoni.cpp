@@ -148,9 +148,13 @@ Trl_XiaBertoni::Trl_XiaBertoni(const Trl_XiaBertoni& other)
       far_factor(other.far_factor),
       indoor_factor(other.indoor_factor),
       tolerance(other.tolerance),
-      geometric(other.geometric) {
+      geometric(other.geometric),
+      clutter_bits(other.clutter_bits),
+      clutter_row_ready(other.clutter_row_ready),
+      clutter_words(other.clutter_words),
+      clutter_cached(other.clutter_cached) {
+  // The rows the other model has decoded come along, so that they are not decoded again.
   if (terrain) terrain->add_reference();
-  prepare_clutter_cache();
 }
 
 Trl_XiaBertoni::~Trl_XiaBertoni() {

@@ -23,8 +23,8 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   Trl_XiaBertoni(Trl_Terrain* terrain, double frequency_ghz, double max_radius, double tolerance,
                  bool geometric, double lmsd_linear, double lmsd_exponent, double far_constant,
                  double far_factor, double indoor_attenuation);
-  // A second model on the same terrain with its own profile buffers and scratch, so that
-  // two threads can each compute with one.
+  // A second model on the same terrain with its own profile buffers and scratch, and a copy
+  // of the building rows the other has decoded, so that two threads can each compute with one.
   Trl_XiaBertoni(const Trl_XiaBertoni& other);
   Trl_XiaBertoni& operator=(const Trl_XiaBertoni&) = delete;
   ~Trl_XiaBertoni() override;
