@@ -36,21 +36,16 @@ short height(int c, int r) { return static_cast<short>((c + r) / 10 + (block(c, 
 
 class AngularFill : public testing::Test {
  protected:
-  void SetUp() override {
-    dir = test_folder("celvane_xb_fill");
-    fs::remove_all(dir);
-    fs::create_directories(dir);
-    raster_files::write_map((dir / "city.map").string(), rows, columns,
-                            [](unsigned c, unsigned r) { return height(static_cast<int>(c), static_cast<int>(r)); },
-                            "xlc 0 ylc 0 gridsize 5 minimum 0 maximum 100");
-    // Each row as runs of equal bits, starting with the value of column 0.
+  // The building raster over the first `width` columns: each row as runs of equal bits,
+  // starting with the value of column 0.
+  void write_clutter(int width) const {
     std::ostringstream urb;
-    urb << "# run length coded urban cluttering, (C) 2001, Tarnwick Radio Labs\n0 0 5\n" << rows << " " << columns << "\n";
+    urb << "# run length coded urban cluttering, (C) 2001, Tarnwick Radio Labs\n0 0 5\n" << rows << " " << width << "\n";
     for (int r = 0; r < rows; ++r) {
       urb << (block(0, r) ? 1 : 0);
       int run = 1;
-      for (int c = 1; c <= columns; ++c) {
-        if (c < columns && block(c, r) == block(c - 1, r)) {
+      for (int c = 1; c <= width; ++c) {
+        if (c < width && block(c, r) == block(c - 1, r)) {
           ++run;
           continue;
         }
@@ -60,6 +55,16 @@ class AngularFill : public testing::Test {
       urb << "\n";
     }
     raster_files::write_text((dir / "city.urb").string(), urb.str());
+  }
+
+  void SetUp() override {
+    dir = test_folder("celvane_xb_fill");
+    fs::remove_all(dir);
+    fs::create_directories(dir);
+    raster_files::write_map((dir / "city.map").string(), rows, columns,
+                            [](unsigned c, unsigned r) { return height(static_cast<int>(c), static_cast<int>(r)); },
+                            "xlc 0 ylc 0 gridsize 5 minimum 0 maximum 100");
+    write_clutter(columns);
     terrain = new Trl_Terrain;
     testing::internal::CaptureStdout();
     terrain->load(tk::to_drive_path((dir / "city.map").string()), [](const tk::string& s) { ADD_FAILURE() << s.str(); });
@@ -249,6 +254,7 @@ TEST_F(AngularFill, ProfilesAreTheTerrainsOwn) {
   for (int reuse : {0, 1, 2, 3, 4, 5}) {
     Trl_XiaBertoni::wide_walk = reuse != 3;
     Trl_XiaBertoni m = model(terrain);
+    if (reuse != 3) m.decode_clutter_rows(0, 1);  // the wide walk takes decoded rows
     for (Trl_Tx tx : stations) {
       tx.set_cell(terrain->height_grid());
       for (int r = 0; r < n_users; ++r) {
@@ -274,6 +280,7 @@ TEST_F(AngularFill, ProfilesAreTheTerrainsOwn) {
   // first line of a model that keeps cells: its one place is read.
   Trl_XiaBertoni first = model(terrain);
   first.reuse_profile_cells = true;
+  first.decode_clutter_rows(0, 1);
   Trl_Tx tx = stations.head();
   tx.set_cell(terrain->height_grid());
   const Trl_Rx& in_cell = *in_list[8];
@@ -287,6 +294,23 @@ TEST_F(AngularFill, ProfilesAreTheTerrainsOwn) {
   EXPECT_EQ(first.heights[0], heights[0]);
   EXPECT_EQ(g, check.gain_on_profile(tx, in_cell, heights.data(), bits, 1));
   EXPECT_EQ(mismatches, 0);
+}
+
+// A building raster over the first 30 columns only: the cells beyond it are open ground in
+// the angular fill as in the plain loop.
+TEST_F(AngularFill, CellsBeyondANarrowBuildingRasterAreOpen) {
+  write_clutter(30);
+  Trl_Terrain* narrow = new Trl_Terrain;
+  testing::internal::CaptureStdout();
+  narrow->load(tk::to_drive_path((dir / "city.map").string()), [](const tk::string& s) { ADD_FAILURE() << s.str(); });
+  testing::internal::GetCapturedStdout();
+  ASSERT_TRUE(narrow->loaded());
+  const std::vector<std::vector<double>> expected = plain_table(narrow);
+  Trl_XiaBertoni m = model(narrow);
+  Trl_Assigner a;
+  a.prepare(stations, users, Trl_Assigner::parameters(), m, narrow);
+  expect_same_bits(a, expected);
+  narrow->release();
 }
 
 TEST_F(AngularFill, WithoutTerrainThePlainLoopAndNoProgress) {

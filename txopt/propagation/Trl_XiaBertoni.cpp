@@ -41,9 +41,15 @@ bool has_avx512() {
   return avx512;
 }
 
+// Where the clutter raster lies on the height grid, and how many bits a decoded row takes.
+struct clutter_place {
+  std::int64_t offset_i, offset_j, columns, rows, row_bits;
+};
+
 // The first part of a profile read that keeps the cells of the line before, eight places at a
 // time: notes in `changed` (of n + 8 places at least) the places whose cell differs from
-// `known`, and in `height_at` where the height matrix keeps those cells, and stores the line's
+// `known`, in `height_at` where the height matrix keeps those cells and in `clutter_at` where
+// the decoded building rows keep their bits, and stores the line's
 // cells (row << 32 | column) in `known`; returns how many changed. The step-by-step walk
 // moves the minor coordinate at place k by floor((2 k minor + major) / (2 major)) in all, so
 // each place is found on its own. The quotient is taken as the numerator times the rounded
@@ -52,7 +58,8 @@ bool has_avx512() {
 // whole number lies at least 1 / (2 major) > 2^-19 below the next one.
 __attribute__((target("avx512f,avx512dq,avx512vl"))) int changed_places_eight(
     std::int64_t* known, int* changed, int n, int col0, int row0, bool column_major, int step_col, int step_row,
-    int major, int minor, const Trl_MappedMatrixT<short, double>& heights, std::uint32_t* height_at) {
+    int major, int minor, const Trl_MappedMatrixT<short, double>& heights, std::uint32_t* height_at,
+    const clutter_place& clutter, std::uint32_t* clutter_at) {
   const __m512i lanes = _mm512_setr_epi64(0, 1, 2, 3, 4, 5, 6, 7);
   // A line of one cell (major 0) has only place 0, whose numerator is 0.
   const __m512d reciprocal = _mm512_set1_pd(1.0 / std::max(2.0 * major, 1.0)), nudge = _mm512_set1_pd(0x1p-20);
@@ -65,6 +72,9 @@ __attribute__((target("avx512f,avx512dq,avx512vl"))) int changed_places_eight(
   const __m128i column_bits = _mm_cvtsi32_si128(heights.tile_column_bits);
   const __m512i row_mask = _mm512_set1_epi64(heights.tile_row_mask), column_mask = _mm512_set1_epi64(heights.tile_column_mask);
   const __m512i tiles_across = _mm512_set1_epi64(heights.tiles_across);
+  const __m512i offset_i = _mm512_set1_epi64(clutter.offset_i), offset_j = _mm512_set1_epi64(clutter.offset_j);
+  const __m512i clutter_columns = _mm512_set1_epi64(clutter.columns), clutter_rows = _mm512_set1_epi64(clutter.rows);
+  const __m512i row_bits_of_clutter = _mm512_set1_epi64(clutter.row_bits), outside = _mm512_set1_epi64(0xFFFFFFFF);
   __m512i place = lanes;
   __m512d numerator = _mm512_add_pd(_mm512_mul_pd(_mm512_cvtepi64_pd(lanes), _mm512_set1_pd(2.0 * minor)),
                                     _mm512_set1_pd(major));
@@ -93,6 +103,16 @@ __attribute__((target("avx512f,avx512dq,avx512vl"))) int changed_places_eight(
     const __m512i index = _mm512_add_epi64(_mm512_maskz_sll_epi64(0xFF, tile, page_bits), within);
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(height_at + count),
                         _mm256_maskz_compress_epi32(differ, _mm512_maskz_cvtepi64_epi32(0xFF, index)));
+    // And where the decoded building rows keep its bit: row * bits a row + column, or all ones
+    // for a cell beyond the clutter raster.
+    const __m512i ci = _mm512_add_epi64(col, offset_i), cj = _mm512_add_epi64(row, offset_j);
+    const __mmask8 on_clutter = _mm512_cmpge_epi64_mask(ci, _mm512_setzero_si512()) &
+                                _mm512_cmpge_epi64_mask(cj, _mm512_setzero_si512()) &
+                                _mm512_cmplt_epi64_mask(ci, clutter_columns) & _mm512_cmplt_epi64_mask(cj, clutter_rows);
+    const __m512i bit_at = _mm512_mask_add_epi64(
+        outside, on_clutter, _mm512_maskz_mul_epu32(0xFF, cj, row_bits_of_clutter), ci);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(clutter_at + count),
+                        _mm256_maskz_compress_epi32(differ, _mm512_maskz_cvtepi64_epi32(0xFF, bit_at)));
     count += __builtin_popcount(differ);
     place = _mm512_add_epi64(place, _mm512_set1_epi64(8));
     numerator = _mm512_add_pd(numerator, numerator_step);
@@ -115,6 +135,7 @@ Trl_XiaBertoni::Trl_XiaBertoni(Trl_Terrain* terrain, double frequency_ghz, doubl
       profile_cell_at(profile_size, -1),
       changed_places(profile_size + 8),
       changed_height_at(profile_size + 8),
+      changed_bit_at(profile_size + 8),
       frequency(frequency_ghz * 1e9),
       wavelength(speed_of_light / (frequency_ghz * 1e9)),
       max_radius(max_radius),
@@ -139,6 +160,7 @@ Trl_XiaBertoni::Trl_XiaBertoni(const Trl_XiaBertoni& other)
       profile_cell_at(other.profile_size, -1),
       changed_places(other.profile_size + 8),
       changed_height_at(other.profile_size + 8),
+      changed_bit_at(other.profile_size + 8),
       frequency(other.frequency),
       wavelength(other.wavelength),
       max_radius(other.max_radius),
@@ -152,7 +174,8 @@ Trl_XiaBertoni::Trl_XiaBertoni(const Trl_XiaBertoni& other)
       clutter_bits(other.clutter_bits),
       clutter_row_ready(other.clutter_row_ready),
       clutter_words(other.clutter_words),
-      clutter_cached(other.clutter_cached) {
+      clutter_cached(other.clutter_cached),
+      clutter_all_decoded(other.clutter_all_decoded) {
   // The rows the other model has decoded come along, so that they are not decoded again.
   if (terrain) terrain->add_reference();
 }
@@ -309,7 +332,9 @@ void Trl_XiaBertoni::fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
   if (n & 31) bits.assign_word(n & ~31, word, ~((std::uint32_t(1) << (n & 31)) - 1));
 }
 
-bool Trl_XiaBertoni::walks_wide() const { return wide_walk && has_avx512() && profile_size < (1u << 18); }
+bool Trl_XiaBertoni::walks_wide() const {
+  return wide_walk && has_avx512() && profile_size < (1u << 18) && clutter_all_decoded;
+}
 
 bool Trl_XiaBertoni::built_cell_first(int ci, int cj) {
   if (!clutter_cached) return terrain->clutter->built(ci, cj);
@@ -331,10 +356,16 @@ void Trl_XiaBertoni::walk_changes(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
   profile_cells_stale = false;
   const Trl_MappedMatrixT<short, double>& matrix = *terrain->heightfield->matrix;
   std::uint32_t* at = changed_height_at.data();
+  std::uint32_t* bit_at = changed_bit_at.data();
+  const clutter_place clutter{terrain->offset_i, terrain->offset_j, terrain->clutter->columns, terrain->clutter->rows,
+                              static_cast<std::int64_t>(clutter_words) * 64};
   changed_count = changed_places_eight(profile_cell_at.data(), changed_places.data(), n, tx.cell_i, tx.cell_j,
                                        std::abs(di) >= std::abs(dj), di < 0 ? -1 : 1, dj < 0 ? -1 : 1, major, minor,
-                                       matrix, at);
-  for (int m = 0; m < changed_count; ++m) _mm_prefetch(reinterpret_cast<const char*>(matrix.data + at[m]), _MM_HINT_T0);
+                                       matrix, at, clutter, bit_at);
+  for (int m = 0; m < changed_count; ++m) {
+    _mm_prefetch(reinterpret_cast<const char*>(matrix.data + at[m]), _MM_HINT_T0);
+    if (bit_at[m] != 0xFFFFFFFF) _mm_prefetch(reinterpret_cast<const char*>(&clutter_bits[bit_at[m] >> 6]), _MM_HINT_T0);
+  }
   walk_pending = true;
   pending_line[0] = tx.cell_i;
   pending_line[1] = tx.cell_j;
@@ -343,17 +374,16 @@ void Trl_XiaBertoni::walk_changes(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
   pending_line[4] = n;
 }
 
-// The second half: reads the changed cells' heights and building bits into the profile. The
-// bits gather in a word that is written when the next place lies in another.
+// The second half: reads the changed cells' heights and building bits into the profile (every
+// building row is decoded by then). The bits gather in a word that is written when the next
+// place lies in another.
 void Trl_XiaBertoni::read_changes() {
   walk_pending = false;
   const short* data = terrain->heightfield->matrix->data;
-  const std::int64_t* known = profile_cell_at.data();
   const int* changed = changed_places.data();
   const std::uint32_t* at = changed_height_at.data();
-  const int offset_i = terrain->offset_i, offset_j = terrain->offset_j;
-  const int clutter_columns = static_cast<int>(terrain->clutter->columns);
-  const int clutter_rows = static_cast<int>(terrain->clutter->rows);
+  const std::uint32_t* bit_at = changed_bit_at.data();
+  const std::uint64_t* decoded = clutter_bits.data();
   double* H = heights.data();
   int word = -1;
   std::uint32_t value = 0, written = 0;
@@ -365,9 +395,8 @@ void Trl_XiaBertoni::read_changes() {
       value = written = 0;
     }
     H[k] = data[at[m]];
-    const int ci = static_cast<int>(static_cast<std::uint32_t>(known[k])) + offset_i;
-    const int cj = static_cast<int>(known[k] >> 32) + offset_j;
-    const bool built = ci >= 0 && cj >= 0 && ci < clutter_columns && cj < clutter_rows && built_cell(ci, cj);
+    const std::uint32_t b = bit_at[m];
+    const bool built = b != 0xFFFFFFFF && ((decoded[b >> 6] >> (b & 63)) & 1u) != 0;
     value |= static_cast<std::uint32_t>(built) << (k & 31);
     written |= std::uint32_t(1) << (k & 31);
   }
@@ -401,6 +430,7 @@ void Trl_XiaBertoni::decode_clutter_rows(int first, int step) {
   if (!clutter_cached) return;
   for (int row = first; row < static_cast<int>(clutter_row_ready.size()); row += step)
     if (!clutter_row_ready[row]) decode_clutter_row(row);
+  if (first == 0 && step == 1) clutter_all_decoded = true;
 }
 
 // Each column through the clutter's cell query, so that the bits are the raster's answers.

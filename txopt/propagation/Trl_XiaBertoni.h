@@ -60,12 +60,13 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   // are the same either way. profile_cell_at holds per place the cell (row << 32 | column)
   // whose height and bit stand there.
   bool reuse_profile_cells = false;
-  // That walk eight places at a time where the processor has AVX-512 (and lines are shorter
-  // than 2^18 cells); off, one at a time (for comparisons).
+  // That walk eight places at a time where the processor has AVX-512, lines are shorter than
+  // 2^18 cells and every building row is decoded; off, one at a time (for comparisons).
   static bool wide_walk;
   std::vector<std::int64_t> profile_cell_at;
   std::vector<int> changed_places;  // scratch of one walk
   std::vector<std::uint32_t> changed_height_at;  // and where the height matrix keeps those cells
+  std::vector<std::uint32_t> changed_bit_at;     // and the decoded building rows their bits
   int changed_count = 0;
   // A walk whose reads are still to come, and its line: tx cell, rx cell, cells.
   bool walk_pending = false;
@@ -101,12 +102,14 @@ class Trl_XiaBertoni : public Trl_PathLoss {
 
   // Decodes the clutter rows first, first + step, ... into the building-bit cache, which
   // copies of this model then share. Rows are independent: threads may call it with
-  // different `first` and the same `step` at once. Without a cache it does nothing.
+  // different `first` and the same `step` at once. Without a cache it does nothing. The walk
+  // that finds eight places at a time runs once every row is decoded, by a call with 0, 1.
   void decode_clutter_rows(int first, int step);
 
  private:
   void fetch_profile(const Trl_Tx& tx, const Trl_Rx& rx, int& n);
-  // The walk of kept cells goes eight places at a time (on AVX-512, for lines shorter than 2^18).
+  // The walk of kept cells goes eight places at a time (on AVX-512, for lines shorter than
+  // 2^18, with every building row decoded).
   bool walks_wide() const;
   void walk_changes(const Trl_Tx& tx, const Trl_Rx& rx, int& n);
   void read_changes();
@@ -142,4 +145,5 @@ class Trl_XiaBertoni : public Trl_PathLoss {
   std::vector<unsigned char> clutter_row_ready;
   int clutter_words = 0;
   bool clutter_cached = false;
+  bool clutter_all_decoded = false;  // every row, by decode_clutter_rows(0, 1)
 };

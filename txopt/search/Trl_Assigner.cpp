@@ -310,6 +310,7 @@ void Trl_Assigner::fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_l
   // Users in angular order: a line mostly repeats the cells of the one before.
   model.reuse_profile_cells = true;
   if (threads == 1 || !numbered) {
+    model.decode_clutter_rows(0, 1);
     row_scratch scratch;
     for (int t = 0; t < tx_count; ++t) {
       Trl_Rx::set_reference(stations[t]);
@@ -343,6 +344,7 @@ void Trl_Assigner::fill_path_gains_in_angular_order(const tk::list<Trl_Tx>& tx_l
   model.decode_clutter_rows(0, threads);
   for (std::thread& helper : pool) helper.join();
   pool.clear();
+  model.decode_clutter_rows(0, 1);  // only notes that every row is there
   std::vector<std::unique_ptr<Trl_XiaBertoni>> models;
   for (int k = 1; k < threads; ++k) models.emplace_back(new Trl_XiaBertoni(model));
   for (auto& m : models) pool.emplace_back(work, std::ref(*m), false);
