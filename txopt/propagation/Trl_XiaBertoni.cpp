@@ -47,15 +47,15 @@ struct clutter_place {
 };
 
 // The first part of a profile read that keeps the cells of the line before, eight places at a
-// time: notes in `changed` (of n + 8 places at least) the places whose cell differs from
-// `known`, in `height_at` where the height matrix keeps those cells and in `clutter_at` where
-// the decoded building rows keep their bits, and stores the line's
-// cells (row << 32 | column) in `known`; returns how many changed. The step-by-step walk
-// moves the minor coordinate at place k by floor((2 k minor + major) / (2 major)) in all, so
-// each place is found on its own. The quotient is taken as the numerator times the rounded
-// reciprocal plus 2^-20, then rounded down, which is exact for lines of fewer than 2^18
-// cells: the product is then within 2^-33 of the quotient, and a quotient that is not a
-// whole number lies at least 1 / (2 major) > 2^-19 below the next one.
+// time. Stores the line's cells (row << 32 | column) in `known` and lists the places whose
+// cell changed: in `changed` the place, in `height_at` where the height matrix keeps the
+// cell, in `clutter_at` where the decoded building rows keep its bit (each list of n + 8
+// entries at least); returns how many changed. The step-by-step walk moves the minor
+// coordinate at place k by floor((2 k minor + major) / (2 major)) in all, so each place is
+// found on its own. The quotient is taken as the numerator times the rounded reciprocal plus
+// 2^-20, then rounded down, which is exact for lines of fewer than 2^18 cells: the product is
+// then within 2^-33 of the quotient, and a quotient that is not a whole number lies at least
+// 1 / (2 major) > 2^-19 below the next one.
 __attribute__((target("avx512f,avx512dq,avx512vl"))) int changed_places_eight(
     std::int64_t* known, int* changed, int n, int col0, int row0, bool column_major, int step_col, int step_row,
     int major, int minor, const Trl_MappedMatrixT<short, double>& heights, std::uint32_t* height_at,
