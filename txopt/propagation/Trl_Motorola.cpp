@@ -102,9 +102,8 @@ void Trl_Motorola::gain_row(const Trl_Tx& tx, const double* x, const double* y, 
   const __m128d X = _mm_set1_pd(tx_x), Y = _mm_set1_pd(tx_y), Z = _mm_set1_pd(tx_z);
   const __m128d K = _mm_set1_pd(slope), A = _mm_set1_pd(offset);
   if (has_avx2()) {
-    int r = logs_four(tx_x, tx_y, tx_z, x, y, z, n, out);
-    const int whole = r;
-    r = has_avx512() && Trl_Motorola::eight_lanes ? exps_eight(slope, offset, log_rx_gain, whole, out) : 0;
+    const int whole = logs_four(tx_x, tx_y, tx_z, x, y, z, n, out);
+    const int r = has_avx512() && Trl_Motorola::eight_lanes ? exps_eight(slope, offset, log_rx_gain, whole, out) : 0;
     exps_four(slope, offset, log_rx_gain + r, whole - r, out + r);
     if (whole < n) {
       // The last users, padded to four, through the same four-lane functions: the two-lane
