@@ -129,8 +129,9 @@ BENCHMARK(BM_LargeXiaBertoniTableReference)->Iterations(1)->UseRealTime()->Unit(
 
 // The two one-thread fills of the rows above taken in turn, five rounds, each with a new model
 // as above and each going first in every other round: on a shared machine whose speed drifts
-// from second to second, fills next to each other see the same machine. Reports the fastest of each (ms) and the ratio of the fastest
-// (plain over angular), with the least and greatest ratio of one round.
+// from second to second, fills next to each other see the same machine. Reports the fastest
+// of each (ms) and the ratio of the fastest (plain over angular), with the least and greatest
+// ratio of one round.
 void BM_LargeXiaBertoniAngularBesidePlain(benchmark::State& state) {
   CitygenCity& c = city();
   if (!c.terrain->loaded()) return state.SkipWithError("no large city");
