@@ -19,6 +19,7 @@
 #include "propagation/Trl_XiaBertoni.h"
 #include "raster/RasterFiles.h"
 #include "raster/Trl_Terrain.h"
+#include "search/Trl_Assigner.h"
 #include "toolkit/directory.h"
 
 namespace fs = std::filesystem;
@@ -428,4 +429,35 @@ TEST_F(Rows, CellsBeyondTheClutterCountAsOpen) {
                                         screens_above_db(30 - h_roof, d, d / 3),
               1e-9);
   EXPECT_NEAR(geo.h_roof, h_roof, 1e-12);
+}
+
+// A terrain two rows high (the least a height file may have), every line along its
+// first row: the angular fill on 1, 2 and 7 threads gives the plain loop's table to the bit,
+// with fewer users than threads.
+TEST_F(Rows, AngularFillAlongOneRowIsThePlainLoopOnAnyThreads) {
+  Trl_Terrain* t = terrain({7, 7}, {1, 1}, 60);
+  tk::list<Trl_Tx> stations;
+  tk::list<Trl_Rx> users;
+  for (int k = 0; k < 3; ++k) stations.append(station(nullptr, 55.0 + 200 * k, 0, 30));
+  for (int k = 0; k < 5; ++k) {
+    Trl_Rx u = user(t, 3.0 + 117 * k, 0);
+    u.number = 4 - k;
+    users.append(u);
+  }
+  Trl_XiaBertoni plain = model(t);
+  std::vector<double> expected;
+  for (Trl_Tx tx : stations) {
+    tx.set_cell(t->height_grid());
+    std::vector<double> row(5);
+    for (const Trl_Rx& rx : users) row[rx.number] = plain.gain(tx, rx);
+    expected.insert(expected.end(), row.begin(), row.end());
+  }
+  for (int threads : {1, 2, 7}) {
+    Trl_Assigner::terrain_fill_threads = threads;
+    Trl_XiaBertoni m = model(t);
+    Trl_Assigner a;
+    a.prepare(stations, users, Trl_Assigner::parameters(), m, t);
+    Trl_Assigner::terrain_fill_threads = 1;
+    for (int k = 0; k < 15; ++k) EXPECT_EQ(a.path_gain(k / 5, k % 5), expected[k]) << threads << " threads, " << k;
+  }
 }
