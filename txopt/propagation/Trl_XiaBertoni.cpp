@@ -362,10 +362,7 @@ void Trl_XiaBertoni::walk_changes(const Trl_Tx& tx, const Trl_Rx& rx, int& n) {
   changed_count = changed_places_eight(profile_cell_at.data(), changed_places.data(), n, tx.cell_i, tx.cell_j,
                                        std::abs(di) >= std::abs(dj), di < 0 ? -1 : 1, dj < 0 ? -1 : 1, major, minor,
                                        matrix, at, clutter, bit_at);
-  for (int m = 0; m < changed_count; ++m) {
-    _mm_prefetch(reinterpret_cast<const char*>(matrix.data + at[m]), _MM_HINT_T0);
-    if (bit_at[m] != 0xFFFFFFFF) _mm_prefetch(reinterpret_cast<const char*>(&clutter_bits[bit_at[m] >> 6]), _MM_HINT_T0);
-  }
+  for (int m = 0; m < changed_count; ++m) _mm_prefetch(reinterpret_cast<const char*>(matrix.data + at[m]), _MM_HINT_T0);
   walk_pending = true;
   pending_line[0] = tx.cell_i;
   pending_line[1] = tx.cell_j;
