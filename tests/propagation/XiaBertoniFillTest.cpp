@@ -57,6 +57,15 @@ class AngularFill : public testing::Test {
     raster_files::write_text((dir / "city.urb").string(), urb.str());
   }
 
+  // The city's rasters as they stand in the folder, as a new terrain.
+  Trl_Terrain* load_city() const {
+    Trl_Terrain* t = new Trl_Terrain;
+    testing::internal::CaptureStdout();
+    t->load(tk::to_drive_path((dir / "city.map").string()), [](const tk::string& s) { ADD_FAILURE() << s.str(); });
+    testing::internal::GetCapturedStdout();
+    return t;
+  }
+
   void SetUp() override {
     dir = test_folder("celvane_xb_fill");
     fs::remove_all(dir);
@@ -65,10 +74,7 @@ class AngularFill : public testing::Test {
                             [](unsigned c, unsigned r) { return height(static_cast<int>(c), static_cast<int>(r)); },
                             "xlc 0 ylc 0 gridsize 5 minimum 0 maximum 100");
     write_clutter(columns);
-    terrain = new Trl_Terrain;
-    testing::internal::CaptureStdout();
-    terrain->load(tk::to_drive_path((dir / "city.map").string()), [](const tk::string& s) { ADD_FAILURE() << s.str(); });
-    testing::internal::GetCapturedStdout();
+    terrain = load_city();
     ASSERT_TRUE(terrain->loaded());
 
     // Base stations in streets, on roofs, on the border and one off the terrain; their
@@ -251,6 +257,17 @@ TEST_F(AngularFill, ProfilesAreTheTerrainsOwn) {
   for (const Trl_Rx& rx : users) in_list.push_back(&rx);
   const int n_users = static_cast<int>(in_list.size());
   int mismatches = 0, lines = 0;
+  // Counts the cells and the gain where model m, which gave g, differs from the terrain.
+  auto compare = [&](const Trl_XiaBertoni& m, const Trl_Tx& tx, const Trl_Rx& rx, double g) {
+    int count = 0, bit_count = 0;
+    terrain->height_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, 0.0, count, heights.data());
+    terrain->clutter_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, bit_count, bits);
+    mismatches += count != bit_count;
+    for (int k = 0; k < count; ++k) mismatches += m.heights[k] != heights[k] || m.bits.test(k) != bits.test(k);
+    const double h = check.gain_on_profile(tx, rx, heights.data(), bits, count);
+    mismatches += std::memcmp(&g, &h, sizeof g) != 0;
+    ++lines;
+  };
   for (int reuse : {0, 1, 2, 3, 4, 5}) {
     Trl_XiaBertoni::wide_walk = reuse != 3;
     Trl_XiaBertoni m = model(terrain);
@@ -260,21 +277,11 @@ TEST_F(AngularFill, ProfilesAreTheTerrainsOwn) {
       for (int r = 0; r < n_users; ++r) {
         const Trl_Rx& rx = *in_list[r];
         m.reuse_profile_cells = reuse != 0 && (reuse != 2 || lines % 3 != 0);
-        const double g = reuse < 4 ? m.gain(tx, rx) : m.gain_then_prepare(tx, rx, in_list[(r + reuse - 3) % n_users]);
-        int count = 0, bit_count = 0;
-        terrain->height_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, 0.0, count, heights.data());
-        terrain->clutter_profile(tx.cell_i, tx.cell_j, rx.cell_i, rx.cell_j, bit_count, bits);
-        ASSERT_EQ(count, bit_count);
-        for (int k = 0; k < count; ++k)
-          mismatches += m.heights[k] != heights[k] || m.bits.test(k) != bits.test(k);
-        const double h = check.gain_on_profile(tx, rx, heights.data(), bits, count);
-        mismatches += std::memcmp(&g, &h, sizeof g) != 0;
-        ++lines;
+        compare(m, tx, rx, reuse < 4 ? m.gain(tx, rx) : m.gain_then_prepare(tx, rx, in_list[(r + reuse - 3) % n_users]));
       }
     }
   }
   Trl_XiaBertoni::wide_walk = true;
-  EXPECT_EQ(lines, 6 * 2400);
 
   // A line of one cell (the ninth user stands in the first base station's cell) as the
   // first line of a model that keeps cells: its one place is read.
@@ -286,13 +293,8 @@ TEST_F(AngularFill, ProfilesAreTheTerrainsOwn) {
   const Trl_Rx& in_cell = *in_list[8];
   ASSERT_EQ(in_cell.cell_i, tx.cell_i);
   ASSERT_EQ(in_cell.cell_j, tx.cell_j);
-  const double g = first.gain(tx, in_cell);
-  int count = 0, bit_count = 0;
-  terrain->height_profile(tx.cell_i, tx.cell_j, tx.cell_i, tx.cell_j, 0.0, count, heights.data());
-  terrain->clutter_profile(tx.cell_i, tx.cell_j, tx.cell_i, tx.cell_j, bit_count, bits);
-  ASSERT_EQ(count, 1);
-  EXPECT_EQ(first.heights[0], heights[0]);
-  EXPECT_EQ(g, check.gain_on_profile(tx, in_cell, heights.data(), bits, 1));
+  compare(first, tx, in_cell, first.gain(tx, in_cell));
+  EXPECT_EQ(lines, 6 * 2400 + 1);
   EXPECT_EQ(mismatches, 0);
 }
 
@@ -300,10 +302,7 @@ TEST_F(AngularFill, ProfilesAreTheTerrainsOwn) {
 // the angular fill as in the plain loop.
 TEST_F(AngularFill, CellsBeyondANarrowBuildingRasterAreOpen) {
   write_clutter(30);
-  Trl_Terrain* narrow = new Trl_Terrain;
-  testing::internal::CaptureStdout();
-  narrow->load(tk::to_drive_path((dir / "city.map").string()), [](const tk::string& s) { ADD_FAILURE() << s.str(); });
-  testing::internal::GetCapturedStdout();
+  Trl_Terrain* narrow = load_city();
   ASSERT_TRUE(narrow->loaded());
   const std::vector<std::vector<double>> expected = plain_table(narrow);
   Trl_XiaBertoni m = model(narrow);
