@@ -51,10 +51,11 @@ struct TwinPlan {
 };
 
 // Switches the loops: lanes 0 the plain ones, 4 or 8 the wide ones; the eight-lane ones on
-// one thread or, with any number of users, on two.
-void use_loops(int lanes, int threads) {
+// one thread or, with any number of users, on two, estimating in single or double precision.
+void use_loops(int lanes, int threads, bool float_keys = true) {
   Trl_UplinkKernels::enabled = lanes > 0;
   Trl_UplinkKernels::eight_lanes_enabled = lanes == 8;
+  Trl_UplinkKernels::float_keys_enabled = float_keys;
   Trl_UplinkKernels::threads = threads;
   Trl_UplinkKernels::two_threads_from = 0;
   Trl_UplinkKernels::measure_threads = false;
@@ -62,6 +63,7 @@ void use_loops(int lanes, int threads) {
 
 void use_default_loops() {
   Trl_UplinkKernels::enabled = Trl_UplinkKernels::eight_lanes_enabled = true;
+  Trl_UplinkKernels::float_keys_enabled = true;
   Trl_UplinkKernels::threads = 2;
   Trl_UplinkKernels::two_threads_from = 1 << 17;
   Trl_UplinkKernels::measure_threads = true;
@@ -69,10 +71,11 @@ void use_default_loops() {
 
 const struct Loops {
   int lanes, threads;
-} wide_loops[] = {{4, 1}, {8, 1}, {8, 2}};
+  bool float_keys;
+} wide_loops[] = {{4, 1, false}, {8, 1, true}, {8, 2, true}, {8, 1, false}, {8, 2, false}};
 
 Outcome solve(TwinPlan& plan, int strategy, int max_iterations, unsigned subset_seed, Loops loops) {
-  use_loops(loops.lanes, loops.threads);
+  use_loops(loops.lanes, loops.threads, loops.float_keys);
   Trl_Assigner assigner;
   Trl_Assigner::parameters p;
   p.strategy = strategy;
@@ -123,11 +126,12 @@ TEST(Trl_UplinkKernels, SameResultsAsThePlainLoops) {
   for (const Case& c : cases) {
     TwinPlan plan(c.seed, c.stations, c.users, c.rate);
     for (int strategy = 0; strategy < 4; ++strategy) {
-      const Outcome plain = solve(plan, strategy, c.max_iterations, c.subset, Loops{0, 1});
+      const Outcome plain = solve(plan, strategy, c.max_iterations, c.subset, Loops{0, 1, false});
       for (Loops loops : wide_loops) {
         const Outcome wide = solve(plan, strategy, c.max_iterations, c.subset, loops);
         SCOPED_TRACE("seed " + std::to_string(c.seed) + " strategy " + std::to_string(strategy) + " lanes " +
-                     std::to_string(loops.lanes) + " threads " + std::to_string(loops.threads));
+                     std::to_string(loops.lanes) + " threads " + std::to_string(loops.threads) + " float " +
+                     std::to_string(loops.float_keys));
         EXPECT_EQ(plain.ok, wide.ok);
         EXPECT_EQ(plain.sweeps, wide.sweeps);
         EXPECT_EQ(plain.report, wide.report);
@@ -152,7 +156,9 @@ struct MadeUpRows {
   // quiet: the users' powers are so low that noise, the same on every row, sets the needs,
   // and rows whose gains are 2^-16 apart need within 2^-16 of each other. odd: inputs outside
   // the ranges where estimates order the rows: 1, users with targets of 0 and 1e-30 and
-  // activities of 1e30; 2, a negative power; 3, a row with subnormal noise.
+  // activities of 1e30; 2, a negative power; 3, a row with subnormal noise; 4, gains,
+  // noise and activities spread far beyond the single-precision range, the sums within it;
+  // 5, the same with sums beyond it.
   MadeUpRows(unsigned seed, int used, int n, double low_gain, bool quiet, int odd = 0) : used(used), n(n) {
     std::mt19937 random(seed);
     std::uniform_real_distribution<double> unit(0, 1);
@@ -180,6 +186,27 @@ struct MadeUpRows {
     }
     if (odd == 2) old[n / 2] = -1e-3;
     if (odd == 3) noise[used / 2] = 1e-310;
+    if (odd >= 4) {
+      // Powers of two drawn evenly from these exponents; each old power keeps the user's
+      // terms of every sum at or below 1.
+      auto power_of_two = [&](double low, double high) { return std::exp2(low + (high - low) * unit(random)); };
+      for (int k = 0; k < used; ++k) noise[k] = k % 2 ? power_of_two(-10, 15) : power_of_two(-55, -50);
+      for (int r = 0; r < n; ++r) {
+        double largest_gain = 0;
+        for (int k = 0; k < used; ++k) {
+          // Groups of eight users (a vector) with half their gains anywhere; all gains tiny,
+          // below the float range on the quiet rows, the noise over the gain about 2^79 on all;
+          // all gains huge.
+          const int kind = r / 8 % 3;
+          if (kind == 1) gain[k][r] = noise[k] * power_of_two(-83, -75);
+          else if (kind == 2) gain[k][r] = power_of_two(90, 129);
+          else if (random() % 2) gain[k][r] = power_of_two(-140, 140);
+          largest_gain = std::max(largest_gain, gain[k][r]);
+        }
+        activity[r] = r / 8 % 3 == 2 ? power_of_two(50, 63) : power_of_two(-30, 25);
+        old[r] = power_of_two(-40, 0) / largest_gain * (odd == 5 ? 0x1p60 : 1);
+      }
+    }
   }
   Trl_UplinkKernels::rows rows(bool normal) const {
     return Trl_UplinkKernels::rows{pointers.data(), noise.data(), used, n, normal};
@@ -221,7 +248,8 @@ TEST(Trl_UplinkKernels, LoopsAloneOnRowsAnUlpApart) {
     int odd;
   } cases[] = {{1, 13, 203, 1e-14, false, 0}, {2, 1, 9, 1e-14, false, 0},  {3, 40, 1000, 1e-14, true, 0},
                {4, 9, 130, 1e-318, false, 0}, {5, 13, 203, 1e-14, false, 1}, {6, 13, 203, 1e-14, false, 2},
-               {7, 13, 203, 1e-14, false, 3}};
+               {7, 13, 203, 1e-14, false, 3}, {8, 13, 2003, 1e-14, false, 4},
+               {9, 13, 2003, 1e-14, false, 5}};
   for (const auto& c : cases) {
     const MadeUpRows m(c.seed, c.used, c.n, c.low_gain, c.quiet, c.odd);
     const bool normal = c.low_gain > 1e-300;
@@ -233,8 +261,8 @@ TEST(Trl_UplinkKernels, LoopsAloneOnRowsAnUlpApart) {
     }
     for (Loops loops : wide_loops) {
       SCOPED_TRACE("seed " + std::to_string(c.seed) + " lanes " + std::to_string(loops.lanes) + " threads " +
-                   std::to_string(loops.threads));
-      use_loops(loops.lanes, loops.threads);
+                   std::to_string(loops.threads) + " float " + std::to_string(loops.float_keys));
+      use_loops(loops.lanes, loops.threads, loops.float_keys);
       Trl_UplinkKernels wide;
       std::vector<double> start(c.n);
       wide.least_alone(m.rows(normal), m.target.data(), start.data());

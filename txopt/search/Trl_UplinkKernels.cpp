@@ -19,6 +19,7 @@ const double infinity = std::numeric_limits<double>::infinity();
 
 bool Trl_UplinkKernels::enabled = true;
 bool Trl_UplinkKernels::eight_lanes_enabled = true;
+bool Trl_UplinkKernels::float_keys_enabled = true;
 int Trl_UplinkKernels::threads = std::thread::hardware_concurrency() >= 2 ? 2 : 1;
 bool Trl_UplinkKernels::measure_threads = true;
 double Trl_UplinkKernels::two_threads_from = 1 << 17;
@@ -283,6 +284,7 @@ const int block_split = 256;
 const int groups_per_block = block_split / 8;
 const double estimate_margin = 1.0 / 1024;
 const double smallest_margin = 0x1p-1000;  // covers estimates that lose bits below DBL_MIN
+const double smallest_float_margin = 0x1p-80;  // and those that lose bits below FLT_MIN
 const int not_finite = 0x01 | 0x08 | 0x10 | 0x80;  // fpclass: NaN, +inf, -inf
 
 // The need of one row for eight users, in the plain loops' order of operations, and its
@@ -304,6 +306,77 @@ __m512d estimate_of(__m512d g, __m512d I, __m512d N, __m512d a) {
   const __m512d reciprocal = _mm512_maskz_rcp14_pd(0xFF, g);  // maskz: no undefined register
   if (start) return _mm512_mul_pd(N, reciprocal);
   return _mm512_mul_pd(_mm512_fmadd_pd(a, I, N), reciprocal);
+}
+
+// The least and second least key over rows k_lo to k_hi - 1 for the eight users at j (see
+// estimate_pass in least_needs). A function of its own, with everything it reads passed by
+// value, so that the loop keeps its pointers, bounds and masks in registers: inside the
+// closure the compiler reloaded them on every row, twelve loads for the three it needs.
+template <bool start>
+__attribute__((noinline)) void least_two_keys(const double* const* gains, const double* noise, const double* I,
+                                              int k_lo, int k_hi, int j, int ahead, __mmask8 lanes, __m512d a,
+                                              __m512i* least_out, __m512i* second_out) {
+  const __m512i value_bits = _mm512_set1_epi64(~int64_t{0xFFFF}), one = _mm512_set1_epi64(1);
+  __m512i least = _mm512_set1_epi64(std::numeric_limits<int64_t>::max()), second = least;
+  __m512i row = _mm512_set1_epi64(k_lo);
+  for (int k = k_lo; k < k_hi; ++k) {
+    const double* g = gains[k] + j;
+    _mm_prefetch(reinterpret_cast<const char*>(g + ahead), _MM_HINT_T1);
+    const __m512d e = estimate_of<start>(_mm512_maskz_loadu_pd(lanes, g), _mm512_set1_pd(start ? 0 : I[k]),
+                                         _mm512_set1_pd(noise[k]), a);
+    const __m512i key = _mm512_ternarylogic_epi64(_mm512_castpd_si512(e), value_bits, row, 0xEA);
+    // (Masked forms with every lane set: the plain ones trip a warning in GCC 12's headers.)
+    second = _mm512_mask_min_epi64(second, 0xFF, _mm512_mask_max_epi64(key, 0xFF, key, least), second);
+    least = _mm512_mask_min_epi64(least, 0xFF, key, least);
+    row = _mm512_add_epi64(row, one);
+  }
+  *least_out = least;
+  *second_out = second;
+}
+
+// The same for sixteen users at j in single precision, returned as the double-precision
+// keys least_two_keys gives (the value's bits with the row in the low 16). The float key
+// holds the row in its low 8 bits, so up to 256 rows; its value is the estimate to within
+// 2^-14 (reciprocal) + 2^-15 (the row bits) + a few float roundings, still far inside the
+// margin. Sixteen lanes a vector take half the operations per row of the double keys.
+template <bool start>
+__attribute__((noinline)) void least_two_keys_float(const double* const* gains, const float* noise,
+                                                    const float* I, int k_lo, int k_hi, int j, int ahead,
+                                                    __mmask16 lanes, __m512 a, __m512i* keys_out) {
+  const __m512i value_bits = _mm512_set1_epi32(~0xFF), one = _mm512_set1_epi32(1);
+  __m512i least = _mm512_set1_epi32(std::numeric_limits<int32_t>::max()), second = least;
+  __m512i row = _mm512_set1_epi32(k_lo);
+  const __mmask8 low = static_cast<__mmask8>(lanes), high = static_cast<__mmask8>(lanes >> 8);
+  for (int k = k_lo; k < k_hi; ++k) {
+    const double* g = gains[k] + j;
+    _mm_prefetch(reinterpret_cast<const char*>(g + ahead), _MM_HINT_T1);
+    _mm_prefetch(reinterpret_cast<const char*>(g + ahead + 8), _MM_HINT_T1);
+    const __m512 gf = _mm512_insertf32x8(_mm512_castps256_ps512(_mm512_maskz_cvtpd_ps(0xFF, _mm512_maskz_loadu_pd(low, g))),
+                                         _mm512_maskz_cvtpd_ps(0xFF, _mm512_maskz_loadu_pd(high, g + 8)), 1);
+    const __m512 reciprocal = _mm512_maskz_rcp14_ps(0xFFFF, gf);
+    const __m512 e = start ? _mm512_mul_ps(_mm512_set1_ps(noise[k]), reciprocal)
+                           : _mm512_mul_ps(_mm512_fmadd_ps(a, _mm512_set1_ps(I[k]), _mm512_set1_ps(noise[k])),
+                                           reciprocal);
+    const __m512i key = _mm512_ternarylogic_epi32(_mm512_castps_si512(e), value_bits, row, 0xEA);
+    second = _mm512_mask_min_epi32(second, 0xFFFF, _mm512_mask_max_epi32(key, 0xFFFF, key, least), second);
+    least = _mm512_mask_min_epi32(least, 0xFFFF, key, least);
+    row = _mm512_add_epi32(row, one);
+  }
+  // Widened: the value to double (exact), the row into the low 16 bits, which a double made
+  // from a float has clear.
+  const __m512i row_bits = _mm512_set1_epi32(0xFF);
+  const __m512i both[2] = {least, second};
+  for (int w = 0; w < 2; ++w) {
+    const __m512 value = _mm512_castsi512_ps(_mm512_and_si512(both[w], value_bits));
+    const __m512i rows = _mm512_and_si512(both[w], row_bits);
+    for (int h = 0; h < 2; ++h) {
+      const __m512d wide =
+          _mm512_maskz_cvtps_pd(0xFF, h ? _mm512_maskz_extractf32x8_ps(0xFF, value, 1) : _mm512_maskz_extractf32x8_ps(0xFF, value, 0));
+      const __m512i r = _mm512_maskz_cvtepu32_epi64(
+          0xFF, h ? _mm512_maskz_extracti32x8_epi32(0xFF, rows, 1) : _mm512_maskz_extracti32x8_epi32(0xFF, rows, 0));
+      keys_out[2 * h + w] = _mm512_or_si512(_mm512_castpd_si512(wide), r);
+    }
+  }
 }
 
 // K rows' four partial sums (s[k] at partial + 4k) plus p[i] * g[k][j0 + i] for i < count,
@@ -333,6 +406,20 @@ const add_products_function add_products_by_count[9] = {
 
 }  // namespace
 
+// Single-precision estimates hold where the rows' noise lies in [2^-60, 2^20] and their
+// interference in [0, 2^20], and for users whose activity is at most 2^20 (the others take
+// every row exactly): the numerators, activity * I + noise, then lie in [2^-60, 2^41]. A gain
+// beyond the float range gives an estimate of 0 or infinity; the true estimate is then below
+// 2^-87 or above 2^66. So the need pass takes estimates below 2^-80 as near each other and a
+// least of 2^60 or more as unsure, and everything else orders as in double precision.
+bool Trl_UplinkKernels::float_estimates(const rows& R, const double* I) {
+  if (!float_keys_enabled || R.used > 256 || !all_within(R.noise, R.used, 0x1p-60, 0x1p20)) return false;
+  if (I && !all_within(I, R.used, 0, 0x1p20)) return false;
+  float_row_noise.assign(R.noise, R.noise + R.used);
+  if (I) float_row_sums.assign(I, I + R.used);
+  return true;
+}
+
 // Blocks of users, each in three passes, by one thread or by two that share the rows out.
 // First, eight users at a time, each thread over its rows: the estimates, with the least and
 // second least key of each user. Second, each thread for its share of the block's users:
@@ -352,6 +439,9 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
   const bool split = large && (!measure_threads || split_choice.split_next());
   const auto began = std::chrono::steady_clock::now();
   const double* I = start ? nullptr : sums.data();
+  const bool in_floats = float_estimates(R, I);
+  const float* const float_noise = float_row_noise.data();
+  const float* const float_sums = float_row_sums.data();
   meeting[0].count.store(0, std::memory_order_relaxed);
   meeting[1].count.store(0, std::memory_order_relaxed);
   // The members the threads read, as locals: no loop reads them through `this`, whose lines
@@ -360,13 +450,15 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
   double* const partial_sums = partial.data();
   bool signed_powers[2] = {false, false};  // a thread gave a power below 0 or NaN
 
-  auto part = [&, n, used, I](int T, int parts) {
+  auto part = [&, n, used, I, in_floats, float_noise, float_sums](int T, int parts) {
     // Copies on this thread's stack, so that neither thread reads the other's lines.
     const rows Rt = R;
     const users Ut = U;
     const int k_lo = used * T / parts, k_hi = used * (T + 1) / parts;
-    const __m512d margin = _mm512_set1_pd(estimate_margin), smallest = _mm512_set1_pd(smallest_margin);
-    const __m512d quarter_of_largest = _mm512_set1_pd(largest / 4);
+    const __m512d margin = _mm512_set1_pd(estimate_margin);
+    const __m512d smallest = _mm512_set1_pd(in_floats ? smallest_float_margin : smallest_margin);
+    const __m512d quarter_of_largest = _mm512_set1_pd(in_floats ? 0x1p60 : largest / 4);
+    const __m512d activity_limit = _mm512_set1_pd(in_floats ? 0x1p20 : 0x1p64);
     const __m512i lane_offsets = _mm512_setr_epi64(0, 8, 16, 24, 32, 40, 48, 56);
     const __m512i row_bits = _mm512_set1_epi64(0xFFFF), value_bits = _mm512_set1_epi64(~int64_t{0xFFFF});
     auto row_of = [&](int k) { return _mm512_set1_pd(start ? 0 : I[k]); };
@@ -391,6 +483,24 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
     auto estimate_pass = [&](int b) {
       int64_t* least_keys = keys_of(b, T);
       int64_t* second_keys = least_keys + groups_per_block * 8;
+      if (in_floats) {
+        for (int v = 0; v < groups_of(b); v += 2) {
+          const int j = b * block + 8 * v, m = std::min(16, n - j);
+          const __mmask16 lanes = static_cast<__mmask16>((1u << m) - 1);
+          __m512 a = _mm512_setzero_ps();
+          if (!start)
+            a = _mm512_insertf32x8(
+                _mm512_castps256_ps512(_mm512_maskz_cvtpd_ps(0xFF, _mm512_maskz_loadu_pd(static_cast<__mmask8>(lanes), Ut.activity + j))),
+                _mm512_maskz_cvtpd_ps(0xFF, _mm512_maskz_loadu_pd(static_cast<__mmask8>(lanes >> 8), Ut.activity + j + 8)), 1);
+          __m512i k4[4];
+          least_two_keys_float<start>(Rt.gains, float_noise, float_sums, k_lo, k_hi, j, block, lanes, a, k4);
+          _mm512_storeu_si512(least_keys + 8 * v, k4[0]);
+          _mm512_storeu_si512(second_keys + 8 * v, k4[1]);
+          _mm512_storeu_si512(least_keys + 8 * v + 8, k4[2]);
+          _mm512_storeu_si512(second_keys + 8 * v + 8, k4[3]);
+        }
+        return;
+      }
       for (int v = 0; v < groups_of(b); ++v) {
         const int j = b * block + 8 * v;
         const __mmask8 lanes = lanes_at(j);
@@ -399,16 +509,8 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
         // of 2^-36 at most, far inside the margin). Keys of estimates of 0 and above order as
         // the estimates do, those of negative ones below all of them, so the least and second
         // least key are integer minima, off the floating-point pipes.
-        __m512i least = _mm512_set1_epi64(std::numeric_limits<int64_t>::max()), second = least;
-        for (int k = k_lo; k < k_hi; ++k) {
-          const double* g = Rt.gains[k] + j;
-          _mm_prefetch(reinterpret_cast<const char*>(g + block), _MM_HINT_T1);
-          const __m512d e = estimate_of<start>(_mm512_maskz_loadu_pd(lanes, g), row_of(k), _mm512_set1_pd(Rt.noise[k]), a);
-          const __m512i key = _mm512_ternarylogic_epi64(_mm512_castpd_si512(e), value_bits, _mm512_set1_epi64(k), 0xEA);
-          // (Masked forms with every lane set: the plain ones trip a warning in GCC 12's headers.)
-          second = _mm512_mask_min_epi64(second, 0xFF, _mm512_mask_max_epi64(key, 0xFF, key, least), second);
-          least = _mm512_mask_min_epi64(least, 0xFF, key, least);
-        }
+        __m512i least, second;
+        least_two_keys<start>(Rt.gains, Rt.noise, I, k_lo, k_hi, j, block, lanes, a, &least, &second);
         _mm512_storeu_si512(least_keys + 8 * v, least);
         _mm512_storeu_si512(second_keys + 8 * v, second);
       }
@@ -437,7 +539,7 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
                         _mm512_cmp_pd_mask(t, _mm512_set1_pd(0x1p64), _CMP_LE_OQ);
         if (!start)
           tame &= _mm512_cmp_pd_mask(a, _mm512_setzero_pd(), _CMP_GE_OQ) &
-                  _mm512_cmp_pd_mask(a, _mm512_set1_pd(0x1p64), _CMP_LE_OQ);
+                  _mm512_cmp_pd_mask(a, activity_limit, _CMP_LE_OQ);
         const __mmask8 wild = static_cast<__mmask8>(~tame) & lanes;
         const __m512d least_value = _mm512_castsi512_pd(_mm512_and_si512(least, value_bits));
         const __m512d second_value = _mm512_castsi512_pd(_mm512_and_si512(second, value_bits));

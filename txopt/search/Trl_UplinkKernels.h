@@ -13,7 +13,8 @@
 // row with the least exact need, and every row tying with it, is always among those, so the
 // strict minimum over the rows in their order is the plain loop's. Inputs outside the ranges
 // where this holds (a target, activity or noise far from 1, a negative power) take the plain
-// order. Mostly one row is near, and its need is the only division. The sweep
+// order. Mostly one row is near, and its need is the only division. Where the values allow,
+// the estimates are taken in single precision, sixteen users a vector. The sweep
 // also sums the new powers into the next sweep's interference while a block of users is still
 // in cache, so each sweep reads the gain table from memory once. Large sweeps share the rows
 // out between the caller and a kept worker thread, which meet once per block of users; each
@@ -54,6 +55,9 @@ class Trl_UplinkKernels {
   // comparisons.
   static bool enabled;
   static bool eight_lanes_enabled;
+  // The eight-lane loops estimate in single precision, sixteen users a vector, where the
+  // inputs allow (see float_estimates); off, always in double precision.
+  static bool float_keys_enabled;
   // The eight-lane loops share the rows out between this many threads (1 or 2; 2 where the
   // machine has two cores or more) when a sweep has at least two_threads_from gains;
   // smaller sweeps would spend more on the threads meeting than they save.
@@ -92,6 +96,7 @@ class Trl_UplinkKernels {
  private:
   void interference(const rows& R, const double* running);
   static bool estimable_rows(const rows& R);
+  bool float_estimates(const rows& R, const double* I);
   template <bool start>
   void least_needs(const rows& R, const users& U, const double* old, double* p);
 
@@ -107,6 +112,8 @@ class Trl_UplinkKernels {
   std::vector<double> sums;
   std::vector<double> next_sums;
   std::vector<double> partial;
+  std::vector<float> float_row_noise;
+  std::vector<float> float_row_sums;
   // Per block (two in turn) and thread, the least and second least key of each group of
   // eight users, and how many times each thread has come to the meeting point.
   std::vector<int64_t> keys;
