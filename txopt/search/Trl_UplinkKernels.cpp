@@ -462,10 +462,6 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
     const __m512i lane_offsets = _mm512_setr_epi64(0, 8, 16, 24, 32, 40, 48, 56);
     const __m512i row_bits = _mm512_set1_epi64(0xFFFF), value_bits = _mm512_set1_epi64(~int64_t{0xFFFF});
     auto row_of = [&](int k) { return _mm512_set1_pd(start ? 0 : I[k]); };
-    // Estimates up to this lie near the least.
-    auto bound_of = [&](__m512d least) {
-      return _mm512_add_pd(_mm512_add_pd(least, _mm512_mul_pd(_mm512_abs_pd(least), margin)), smallest);
-    };
     auto lanes_at = [n](int j) { return j + 8 <= n ? __mmask8{0xFF} : static_cast<__mmask8>((1u << (n - j)) - 1); };
     __mmask8 signed_lanes = 0;
     int meetings = 0;
@@ -517,6 +513,23 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
     };
     auto need_pass = [&](int b) {
       const int groups = groups_of(b);
+      // Locals for what the loop reads: its vector stores may alias anything, so whatever it
+      // read through the closure would be read again after each of them.
+      const double* const* const gains = Rt.gains;
+      const double* const noise = Rt.noise;
+      const double* const activity = Ut.activity;
+      const double* const target = Ut.target;
+      double* const server = Ut.server;
+      double* const powers = p;
+      const double* const before = old;
+      const double* const interference = I;
+      __mmask8 signed_here = 0;
+      const __m512d margin_v = margin, smallest_v = smallest, unsure_from = quarter_of_largest;
+      const __m512d most_activity = activity_limit;
+      // Estimates up to this lie near the least.
+      auto near_bound = [margin_v, smallest_v](__m512d least) {
+        return _mm512_add_pd(_mm512_add_pd(least, _mm512_mul_pd(_mm512_abs_pd(least), margin_v)), smallest_v);
+      };
       auto key_at = [&](int thread, int which, int v) {
         return _mm512_loadu_si512(keys_of(b, thread) + (which * groups_per_block + v) * 8);
       };
@@ -531,35 +544,35 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
           second = _mm512_mask_min_epi64(second, 0xFF, second, _mm512_mask_max_epi64(least, 0xFF, least, other_least));
           least = _mm512_mask_min_epi64(least, 0xFF, least, other_least);
         }
-        const __m512d o = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, old + j);
-        const __m512d a = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, Ut.activity + j);
-        const __m512d t = _mm512_maskz_loadu_pd(lanes, Ut.target + j);
+        const __m512d o = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, before + j);
+        const __m512d a = start ? _mm512_setzero_pd() : _mm512_maskz_loadu_pd(lanes, activity + j);
+        const __m512d t = _mm512_maskz_loadu_pd(lanes, target + j);
         // Users whose target or activity lies outside the estimate's ranges take every row exactly.
         __mmask8 tame = _mm512_cmp_pd_mask(t, _mm512_set1_pd(0x1p-64), _CMP_GE_OQ) &
                         _mm512_cmp_pd_mask(t, _mm512_set1_pd(0x1p64), _CMP_LE_OQ);
         if (!start)
           tame &= _mm512_cmp_pd_mask(a, _mm512_setzero_pd(), _CMP_GE_OQ) &
-                  _mm512_cmp_pd_mask(a, activity_limit, _CMP_LE_OQ);
+                  _mm512_cmp_pd_mask(a, most_activity, _CMP_LE_OQ);
         const __mmask8 wild = static_cast<__mmask8>(~tame) & lanes;
         const __m512d least_value = _mm512_castsi512_pd(_mm512_and_si512(least, value_bits));
         const __m512d second_value = _mm512_castsi512_pd(_mm512_and_si512(second, value_bits));
-        __m512d cur = _mm512_mask_loadu_pd(_mm512_set1_pd(largest), lanes, p + j);
-        __m512d row = start ? _mm512_setzero_pd() : _mm512_mask_loadu_pd(_mm512_setzero_pd(), lanes, Ut.server + j);
+        __m512d cur = _mm512_mask_loadu_pd(_mm512_set1_pd(largest), lanes, powers + j);
+        __m512d row = start ? _mm512_setzero_pd() : _mm512_mask_loadu_pd(_mm512_setzero_pd(), lanes, server + j);
         // Walked again: users with a second row near the least, and users whose least is
         // negative, NaN, or not safely below an estimate that overflowed.
         const __mmask8 plain_least = _mm512_cmp_pd_mask(least_value, _mm512_setzero_pd(), _CMP_GE_OQ) &
-                                     _mm512_cmp_pd_mask(least_value, quarter_of_largest, _CMP_LT_OQ);
-        const __mmask8 crowded = (_mm512_cmp_pd_mask(second_value, bound_of(least_value), _CMP_LE_OQ) |
+                                     _mm512_cmp_pd_mask(least_value, unsure_from, _CMP_LT_OQ);
+        const __mmask8 crowded = (_mm512_cmp_pd_mask(second_value, near_bound(least_value), _CMP_LE_OQ) |
                                   static_cast<__mmask8>(~plain_least) | wild) &
                                  lanes;
         if (!crowded) {
           // One candidate per user: its gain, interference and noise gathered by row.
           const __m512i least_row = _mm512_and_si512(least, row_bits);
-          const __m512i row_pointers = _mm512_mask_i64gather_epi64(least_row, 0xFF, least_row, Rt.gains, 8);
+          const __m512i row_pointers = _mm512_mask_i64gather_epi64(least_row, 0xFF, least_row, gains, 8);
           const __m512i at = _mm512_add_epi64(row_pointers, _mm512_add_epi64(_mm512_set1_epi64(j * 8), lane_offsets));
           const __m512d g = _mm512_mask_i64gather_pd(_mm512_set1_pd(1), lanes, at, nullptr, 1);
-          const __m512d N = _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, least_row, Rt.noise, 8);
-          const __m512d Ik = start ? _mm512_setzero_pd() : _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, least_row, I, 8);
+          const __m512d N = _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, least_row, noise, 8);
+          const __m512d Ik = start ? _mm512_setzero_pd() : _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, least_row, interference, 8);
           const __m512d need = need_of<start>(g, Ik, N, o, a, t);
           const __mmask8 better = _mm512_mask_cmp_pd_mask(lanes, need, cur, _CMP_LT_OQ);
           cur = _mm512_mask_blend_pd(better, cur, need);
@@ -569,15 +582,15 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
           // row down with a strict improvement.
           __m512d finite_least = _mm512_set1_pd(infinity);
           for (int k = 0; k < used; ++k) {
-            const __m512d e = estimate_of<start>(_mm512_maskz_loadu_pd(lanes, Rt.gains[k] + j), row_of(k),
-                                                 _mm512_set1_pd(Rt.noise[k]), a);
+            const __m512d e = estimate_of<start>(_mm512_maskz_loadu_pd(lanes, gains[k] + j), row_of(k),
+                                                 _mm512_set1_pd(noise[k]), a);
             const __mmask8 finite = static_cast<__mmask8>(~_mm512_fpclass_pd_mask(e, not_finite));
             finite_least = _mm512_mask_min_pd(finite_least, finite, finite_least, e);
           }
-          const __m512d bound = bound_of(finite_least);
+          const __m512d bound = near_bound(finite_least);
           for (int k = used - 1; k >= 0; --k) {
-            const __m512d g = _mm512_maskz_loadu_pd(lanes, Rt.gains[k] + j);
-            const __m512d N = _mm512_set1_pd(Rt.noise[k]);
+            const __m512d g = _mm512_maskz_loadu_pd(lanes, gains[k] + j);
+            const __m512d N = _mm512_set1_pd(noise[k]);
             const __m512d e = estimate_of<start>(g, row_of(k), N, a);
             const __mmask8 near =
                 (_mm512_cmp_pd_mask(e, bound, _CMP_LE_OQ) | _mm512_fpclass_pd_mask(e, not_finite) | wild) & lanes;
@@ -588,10 +601,11 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
             row = _mm512_mask_blend_pd(better, row, _mm512_set1_pd(k));
           }
         }
-        _mm512_mask_storeu_pd(p + j, lanes, cur);
-        signed_lanes |= _mm512_mask_cmp_pd_mask(lanes, cur, _mm512_setzero_pd(), _CMP_NGE_UQ);
-        if (!start) _mm512_mask_storeu_pd(Ut.server + j, lanes, row);
+        _mm512_mask_storeu_pd(powers + j, lanes, cur);
+        signed_here |= _mm512_mask_cmp_pd_mask(lanes, cur, _mm512_setzero_pd(), _CMP_NGE_UQ);
+        if (!start) _mm512_mask_storeu_pd(server + j, lanes, row);
       }
+      signed_lanes |= signed_here;
     };
     // Whole groups of four only: the users past the last multiple of four go into the first
     // partial sum at the end, as in weighted_sums. Eight rows at a time keep eight chains of
