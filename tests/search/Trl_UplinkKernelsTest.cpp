@@ -250,6 +250,7 @@ TEST(Trl_UplinkKernels, LoopsAloneOnRowsAnUlpApart) {
                {4, 9, 130, 1e-318, false, 0}, {5, 13, 203, 1e-14, false, 1}, {6, 13, 203, 1e-14, false, 2},
                {7, 13, 203, 1e-14, false, 3}, {8, 13, 2003, 1e-14, false, 4},
                {9, 13, 2003, 1e-14, false, 5}};
+  int checked = 0, overs = 0;
   for (const auto& c : cases) {
     const MadeUpRows m(c.seed, c.used, c.n, c.low_gain, c.quiet, c.odd);
     const bool normal = c.low_gain > 1e-300;
@@ -271,18 +272,36 @@ TEST(Trl_UplinkKernels, LoopsAloneOnRowsAnUlpApart) {
       std::vector<double> old = m.old, plain_old = m.old, p(c.n), plain_p(c.n);
       std::vector<double> server(c.n, -1), plain_server(c.n, -1);
       for (int sweep = 0; sweep < 3; ++sweep) {
-        std::fill(p.begin(), p.end(), std::numeric_limits<double>::max());
-        wide.simultaneous(m.rows(normal), Trl_UplinkKernels::users{m.target.data(), m.activity.data(), server.data()},
+        // Limits that some users exceed after the first sweep and none after the third.
+        const std::vector<double> limit(c.n, sweep == 2 ? std::numeric_limits<double>::max() : 1e-4);
+        std::fill(p.begin(), p.end(), -1.0);  // whatever the powers held before
+        wide.simultaneous(m.rows(normal),
+                          Trl_UplinkKernels::users{m.target.data(), m.activity.data(), server.data(), limit.data()},
                           old.data(), sweep > 0, p.data());
         plain_sweep(m, plain_old, plain_p, plain_server);
         EXPECT_TRUE(std::memcmp(p.data(), plain_p.data(), c.n * sizeof(double)) == 0) << "sweep " << sweep;
         EXPECT_EQ(server, plain_server) << "sweep " << sweep;
+        // The checks made on the way, where the eight-lane loops made them.
+        const Trl_UplinkKernels::checks& found = wide.last_checks();
+        if (found.ready) {
+          bool over = false;
+          for (int r = 0; r < c.n; ++r) over |= plain_p[r] > limit[r];
+          EXPECT_EQ(found.over_limit, over) << "sweep " << sweep;
+          const double change = Trl_UplinkKernels::largest_change(plain_p.data(), plain_old.data(), c.n);
+          EXPECT_TRUE(std::memcmp(&found.largest_change, &change, sizeof change) == 0) << "sweep " << sweep;
+          ++checked;
+          overs += over;
+        }
         old = p;
         plain_old = plain_p;
       }
     }
     use_default_loops();
   }
+  // Sweeps with and without a user over the limit were checked.
+  EXPECT_GT(checked, 20);
+  EXPECT_GT(overs, 5);
+  EXPECT_LT(overs, checked);
 }
 
 TEST(Trl_UplinkKernels, LargestChangeAsThePlainLoop) {

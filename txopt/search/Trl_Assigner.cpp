@@ -540,6 +540,7 @@ bool Trl_Assigner::solve(int used, tk::vector& rx_downlink, tk::vector& rx_uplin
 bool Trl_Assigner::iterate(int used, Trl_RunningStats* stats) {
   const bool from_above = strategy == 1 || strategy == 3;
   const bool in_sequence = strategy == 2 || strategy == 3;
+  wide.forget_checks();
   if (from_above) start_from_above();
   else start_from_below(used);
   for (int sweeps = 0;;) {
@@ -565,7 +566,7 @@ Trl_UplinkKernels::rows Trl_Assigner::selected_rows(int used) const {
 }
 
 Trl_UplinkKernels::users Trl_Assigner::user_columns() {
-  return Trl_UplinkKernels::users{gamma_up.data(), rx_activity.data(), server.data()};
+  return Trl_UplinkKernels::users{gamma_up.data(), rx_activity.data(), server.data(), rx_max_power.data()};
 }
 
 // Each user starts at the power it would need alone at its best row.
@@ -642,12 +643,14 @@ void improve_by_row(int n, double total, double noise, double row, const double*
 // `continuing`: the powers are those the last sweep or the start from below left.
 void Trl_Assigner::sweep_simultaneous(int used, bool continuing) {
   const int n = rx_count;
-  std::copy(power.begin(), power.end(), previous.begin());
-  std::fill(power.begin(), power.end(), largest);
   if (Trl_UplinkKernels::available()) {
+    // The wide loops write every power, so the old ones need no copy.
+    power.swap(previous);
     wide.simultaneous(selected_rows(used), user_columns(), previous.data(), continuing, power.data());
     return;
   }
+  std::copy(power.begin(), power.end(), previous.begin());
+  std::fill(power.begin(), power.end(), largest);
   for (int c = used - 1; c >= 0; --c) {
     const double* g = gain_rows[c];
     improve_by_row(n, weighted_sum(previous.data(), g, n), row_noise[c], c, g, previous.data(),
@@ -692,12 +695,14 @@ void Trl_Assigner::sweep_in_sequence(int used) {
 }
 
 bool Trl_Assigner::over_limit() const {
+  if (wide.last_checks().ready) return wide.last_checks().over_limit;
   bool over = false;
   for (int r = 0; r < rx_count; ++r) over |= power[r] > rx_max_power[r];
   return over;
 }
 
 double Trl_Assigner::worst_change() const {
+  if (wide.last_checks().ready) return wide.last_checks().largest_change;
   if (Trl_UplinkKernels::available()) return Trl_UplinkKernels::largest_change(power.data(), previous.data(), rx_count);
   double worst = 0;
   for (int r = 0; r < rx_count; ++r) {

@@ -223,6 +223,7 @@ void Trl_UplinkKernels::interference(const rows& R, const double* running) {
 // the lanes then settle as the one row order would: the least value, the highest row among
 // equals, and no change where no row needs less than the largest double.
 void Trl_UplinkKernels::in_sequence(const rows& R, const users& U, double* running, double* p) {
+  found = checks();
   interference(R, running);
   double* I = total.data();
   const __m256d first_index = _mm256_setr_pd(0, 1, 2, 3);
@@ -449,6 +450,8 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
   int64_t* const key_table = keys.data();
   double* const partial_sums = partial.data();
   bool signed_powers[2] = {false, false};  // a thread gave a power below 0 or NaN
+  bool over[2] = {false, false};           // and one above its user's limit
+  double worst_of[2][8] = {};              // its largest changes, lane by lane
 
   auto part = [&, n, used, I, in_floats, float_noise, float_sums](int T, int parts) {
     // Copies on this thread's stack, so that neither thread reads the other's lines.
@@ -463,7 +466,8 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
     const __m512i row_bits = _mm512_set1_epi64(0xFFFF), value_bits = _mm512_set1_epi64(~int64_t{0xFFFF});
     auto row_of = [&](int k) { return _mm512_set1_pd(start ? 0 : I[k]); };
     auto lanes_at = [n](int j) { return j + 8 <= n ? __mmask8{0xFF} : static_cast<__mmask8>((1u << (n - j)) - 1); };
-    __mmask8 signed_lanes = 0;
+    __mmask8 signed_lanes = 0, over_lanes = 0;
+    __m512d worst_lanes = _mm512_setzero_pd();
     int meetings = 0;
     auto meet = [&] {
       if (parts == 1) return;
@@ -522,6 +526,9 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
       double* const server = Ut.server;
       double* const powers = p;
       const double* const before = old;
+      const double* const limit = Ut.limit;
+      __mmask8 over_here = 0;
+      __m512d worst = _mm512_setzero_pd();
       const double* const interference = I;
       __mmask8 signed_here = 0;
       const __m512d margin_v = margin, smallest_v = smallest, unsure_from = quarter_of_largest;
@@ -556,7 +563,7 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
         const __mmask8 wild = static_cast<__mmask8>(~tame) & lanes;
         const __m512d least_value = _mm512_castsi512_pd(_mm512_and_si512(least, value_bits));
         const __m512d second_value = _mm512_castsi512_pd(_mm512_and_si512(second, value_bits));
-        __m512d cur = _mm512_mask_loadu_pd(_mm512_set1_pd(largest), lanes, powers + j);
+        __m512d cur = _mm512_set1_pd(largest);
         __m512d row = start ? _mm512_setzero_pd() : _mm512_mask_loadu_pd(_mm512_setzero_pd(), lanes, server + j);
         // Walked again: users with a second row near the least, and users whose least is
         // negative, NaN, or not safely below an estimate that overflowed.
@@ -603,9 +610,19 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
         }
         _mm512_mask_storeu_pd(powers + j, lanes, cur);
         signed_here |= _mm512_mask_cmp_pd_mask(lanes, cur, _mm512_setzero_pd(), _CMP_NGE_UQ);
+        if (!start && limit) {
+          // The checks of Trl_Assigner, lane by lane: a power over its limit, and the change
+          // taken only where it is greater (a NaN never is), which any order of users gives.
+          over_here |= _mm512_mask_cmp_pd_mask(lanes, cur, _mm512_maskz_loadu_pd(lanes, limit + j), _CMP_GT_OQ);
+          const __m512d up = _mm512_div_pd(cur, o), down = _mm512_div_pd(o, cur);
+          const __m512d change = _mm512_mask_blend_pd(_mm512_cmp_pd_mask(up, down, _CMP_GT_OQ), down, up);
+          worst = _mm512_mask_blend_pd(_mm512_mask_cmp_pd_mask(lanes, change, worst, _CMP_GT_OQ), worst, change);
+        }
         if (!start) _mm512_mask_storeu_pd(server + j, lanes, row);
       }
       signed_lanes |= signed_here;
+      over_lanes |= over_here;
+      worst_lanes = _mm512_mask_blend_pd(_mm512_cmp_pd_mask(worst, worst_lanes, _CMP_GT_OQ), worst_lanes, worst);
     };
     // Whole groups of four only: the users past the last multiple of four go into the first
     // partial sum at the end, as in weighted_sums. Eight rows at a time keep eight chains of
@@ -637,6 +654,8 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
       }
     }
     signed_powers[T] = signed_lanes != 0;
+    over[T] = over_lanes != 0;
+    _mm512_storeu_pd(worst_of[T], worst_lanes);
   };
 
   // The worker is made on the first split sweep, so that small plans never start it.
@@ -659,6 +678,14 @@ void Trl_UplinkKernels::least_needs(const rows& R, const users& U, const double*
   }
   next_sums_ready = true;
   next_powers_nonnegative = !signed_powers[0] && !signed_powers[1];
+  if (!start && U.limit) {
+    found.ready = true;
+    found.over_limit = over[0] || over[1];
+    found.largest_change = 0;
+    for (const double* lanes : worst_of)
+      for (int l = 0; l < 8; ++l)
+        if (lanes[l] > found.largest_change) found.largest_change = lanes[l];
+  }
 }
 
 template void Trl_UplinkKernels::least_needs<true>(const rows&, const users&, const double*, double*);
@@ -683,11 +710,11 @@ bool Trl_UplinkKernels::estimable_rows(const rows& R) {
 
 void Trl_UplinkKernels::least_alone(const rows& R, const double* target, double* p) {
   next_sums_ready = false;
+  found = checks();
   if (!estimable_rows(R)) {
     least_alone4(R, target, p);
     return;
   }
-  std::fill(p, p + R.users, largest);
   least_needs<true>(R, users{target, nullptr, nullptr}, nullptr, p);
 }
 
@@ -703,7 +730,9 @@ void Trl_UplinkKernels::simultaneous(const rows& R, const users& U, const double
     nonnegative = all_within(old, R.users, 0, infinity);
   }
   next_sums_ready = false;
+  found = checks();
   if (!estimable_rows(R) || !nonnegative || !all_within(sums.data(), R.used, 0, largest)) {
+    std::fill(p, p + R.users, largest);
     simultaneous4(R, U, sums.data(), old, p);
     return;
   }

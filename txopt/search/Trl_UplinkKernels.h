@@ -40,11 +40,21 @@ class Trl_UplinkKernels {
     // keeps its relative error; the eight-lane loops run only then.
     bool gains_normal = false;
   };
-  // Per user: the target, the activity, and the server row noted as a double.
+  // Per user: the target, the activity, and the server row noted as a double; for the
+  // simultaneous sweep, optionally, the power limit, so that the sweep also checks it.
   struct users {
     const double* target;
     const double* activity;
     double* server;
+    const double* limit = nullptr;
+  };
+  // What the last simultaneous sweep found out on the way, when it ran the eight-lane loops
+  // with the users' limits: whether a new power exceeds its user's limit, and the largest
+  // change as largest_change gives it.
+  struct checks {
+    bool ready = false;
+    bool over_limit = false;
+    double largest_change = 0;
   };
 
   // True when the processor has AVX2 and the wide loops are switched on.
@@ -81,10 +91,13 @@ class Trl_UplinkKernels {
   static double largest_change(const double* now, const double* before, int n);
   // The start from below: p[r] = least over rows of target / g * noise.
   void least_alone(const rows& R, const double* target, double* p);
-  // One simultaneous sweep into p (all largest on entry) from the powers `old`. `continuing`
-  // says that `old` is what the last call of either function gave on the same rows, so that
-  // the interference summed then still holds; otherwise it is summed here.
+  // One simultaneous sweep into p (whatever it holds on entry) from the powers `old`.
+  // `continuing` says that `old` is what the last call of either function gave on the same
+  // rows, so that the interference summed then still holds; otherwise it is summed here.
   void simultaneous(const rows& R, const users& U, const double* old, bool continuing, double* p);
+  // The checks of the last sweep of any kind (not ready after any other).
+  const checks& last_checks() const { return found; }
+  void forget_checks() { found = checks(); }
 
   // Takes the rows of a solve for the in-sequence sweeps: copies their gains user-major.
   void bind(const rows& R);
@@ -122,6 +135,7 @@ class Trl_UplinkKernels {
   };
   meeting_point meeting[2];
   Trl_SplitChoice split_choice;
+  checks found;
   bool next_sums_ready = false;
   bool next_powers_nonnegative = false;  // and the powers summed into them were all 0 or above
 };
