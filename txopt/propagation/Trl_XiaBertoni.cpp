@@ -430,12 +430,11 @@ void Trl_XiaBertoni::decode_clutter_rows(int first, int step) {
   if (first == 0 && step == 1) clutter_all_decoded = true;
 }
 
-// Each column through the clutter's cell query, so that the bits are the raster's answers.
+// The bits the clutter's cell query answers, a run at a time.
 void Trl_XiaBertoni::decode_clutter_row(int row) {
   const Trl_Clutter& clutter = *terrain->clutter;
   std::uint64_t* words = clutter_bits.data() + static_cast<size_t>(row) * clutter_words;
-  for (int c = 0; c < static_cast<int>(clutter.columns); ++c)
-    if (clutter.built(c, row)) words[c >> 6] |= std::uint64_t(1) << (c & 63);
+  clutter.get_matrix()->row_array[row].decode(words, static_cast<int>(clutter.columns));
   clutter_row_ready[row] = 1;
 }
 

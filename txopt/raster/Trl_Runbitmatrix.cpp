@@ -81,6 +81,51 @@ bool Trl_Runbitrow::get(std::uint16_t x) const {
   return value(p);
 }
 
+namespace {
+
+void set_bits(std::uint64_t* words, int from, int to, bool value) {
+  for (int c = from; c < to;) {
+    const int bit = c & 63, count = std::min(64 - bit, to - c);
+    const std::uint64_t mask = (count == 64 ? ~std::uint64_t(0) : ((std::uint64_t(1) << count) - 1)) << bit;
+    if (value) words[c >> 6] |= mask;
+    else words[c >> 6] &= ~mask;
+    c += count;
+  }
+}
+
+}  // namespace
+
+// Where the ends never fall, get() answers the value of the run that holds the column,
+// whichever way its search went, but for the quirks of its backward finish: a column equal
+// to an end may take the run before, and one from the first end to the second, whose walk
+// stops at the first run without looking at its end, the first run. Those columns alone are
+// asked. Ends that fall (lengths that wrapped past 65535 in a bad file) leave no runs to
+// speak of, and every column is asked.
+void Trl_Runbitrow::decode(std::uint64_t* words, int columns) const {
+  if (!ends) {
+    set_bits(words, 0, columns, false);
+    return;
+  }
+  bool rising = true;
+  for (int p = 1; p <= last; ++p) rising = rising && ends[p] >= ends[p - 1];
+  if (!rising) {
+    for (int c = 0; c < columns; ++c) set_bits(words, c, c + 1, get(static_cast<std::uint16_t>(c)));
+    return;
+  }
+  int start = 0;
+  for (int p = 0; p <= last; ++p) {
+    const int end = std::min<int>(ends[p], columns);
+    set_bits(words, start, end, value(p));
+    start = std::max(start, end);
+  }
+  set_bits(words, start, columns, value(last));
+  auto ask = [&](int c) { set_bits(words, c, c + 1, get(static_cast<std::uint16_t>(c))); };
+  for (int p = 0; p <= last; ++p)
+    if (ends[p] < columns) ask(ends[p]);
+  if (last >= 1)
+    for (int c = ends[0] + 1; c < std::min<int>(ends[1], columns); ++c) ask(c);
+}
+
 bool Trl_Runbitrow::operator==(const Trl_Runbitrow& o) const {
   if (!ends && !o.ends) return true;
   if (!ends || !o.ends) return false;

@@ -17,6 +17,9 @@ class Trl_Runbitrow {
   // set) and run lengths until they reach the columns.
   void read(std::istream& in, std::uint16_t columns);
   bool get(std::uint16_t x) const;
+  // Sets or clears the bits of columns 0 to columns - 1 in `words` (bit c & 63 of word
+  // c >> 6) to what get() answers, a run at a time.
+  void decode(std::uint64_t* words, int columns) const;
   bool operator==(const Trl_Runbitrow& other) const;
   void share(const Trl_Runbitrow& other);
   bool has_runs() const { return ends != nullptr && ends[last] != 0; }
