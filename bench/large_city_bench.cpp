@@ -127,43 +127,52 @@ void BM_LargeXiaBertoniTableReference(benchmark::State& state) {
 }
 BENCHMARK(BM_LargeXiaBertoniTableReference)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
 
-// The two one-thread fills of the rows above taken in turn, five rounds, each with a new model
-// as above and each going first in every other round: on a shared machine whose speed drifts
-// from second to second, fills next to each other see the same machine. Reports the fastest
-// of each (ms) and the ratio of the fastest (plain over angular), with the least and greatest
-// ratio of one round.
-void BM_LargeXiaBertoniAngularBesidePlain(benchmark::State& state) {
+// Two fills of the rows above taken in turn, five rounds, each with a new model as above and
+// each going first in every other round: on a shared machine whose speed drifts from second
+// to second, fills next to each other see the same machine. Fills: 0 the plain loop, 1 the
+// angular order on one thread, 2 on the machine's threads. Reports the fastest of each (ms),
+// the ratio of the fastest (`against` over `fill`), and the least and greatest ratio of one
+// round.
+void BM_LargeXiaBertoniSideBySide(benchmark::State& state) {
   CitygenCity& c = city();
   if (!c.terrain->loaded()) return state.SkipWithError("no large city");
   Trl_Assigner assigner;
-  auto timed = [&](bool angular) {
+  auto timed = [&](int way) {
     Trl_XiaBertoni m = c.urban();
+    Trl_Assigner::terrain_fill_threads = way == 2 ? static_cast<int>(std::thread::hardware_concurrency()) : 1;
     const auto start = std::chrono::steady_clock::now();
     assigner.make_tables(c.tx, c.rx, Trl_Assigner::parameters());
-    if (angular) assigner.fill_path_gains_in_angular_order(c.tx, c.rx, m, *c.terrain, Trl_Assigner::status_function());
+    if (way > 0) assigner.fill_path_gains_in_angular_order(c.tx, c.rx, m, *c.terrain, Trl_Assigner::status_function());
     else assigner.fill_path_gains(c.tx, c.rx, m);
     benchmark::DoNotOptimize(assigner.path_gain.row(0)[0]);
+    Trl_Assigner::terrain_fill_threads = 1;
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
   };
-  double angular_ms = 1e300, plain_ms = 1e300, least = 1e300, greatest = 0;
+  const int fill = static_cast<int>(state.range(0)), against = static_cast<int>(state.range(1));
+  double fill_ms = 1e300, against_ms = 1e300, least = 1e300, greatest = 0;
   int round = 0;
   for (auto _ : state) {
-    // Each goes first in every other round.
-    const bool plain_first = round++ % 2 == 0;
-    const double first = timed(!plain_first), second = timed(plain_first);
-    const double plain = plain_first ? first : second, angular = plain_first ? second : first;
-    plain_ms = std::min(plain_ms, plain);
-    angular_ms = std::min(angular_ms, angular);
-    least = std::min(least, plain / angular);
-    greatest = std::max(greatest, plain / angular);
+    const bool against_first = round++ % 2 == 0;
+    const double first = timed(against_first ? against : fill), second = timed(against_first ? fill : against);
+    const double a = against_first ? first : second, f = against_first ? second : first;
+    against_ms = std::min(against_ms, a);
+    fill_ms = std::min(fill_ms, f);
+    least = std::min(least, a / f);
+    greatest = std::max(greatest, a / f);
   }
-  state.counters["angular_ms"] = angular_ms;
-  state.counters["plain_ms"] = plain_ms;
-  state.counters["ratio"] = plain_ms / angular_ms;
+  state.counters["fill_ms"] = fill_ms;
+  state.counters["against_ms"] = against_ms;
+  state.counters["ratio"] = against_ms / fill_ms;
   state.counters["round_ratio_low"] = least;
   state.counters["round_ratio_high"] = greatest;
 }
-BENCHMARK(BM_LargeXiaBertoniAngularBesidePlain)->Iterations(5)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LargeXiaBertoniSideBySide)
+    ->ArgNames({"fill", "against"})
+    ->Args({1, 0})
+    ->Args({2, 1})
+    ->Iterations(5)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 
 // --------------------------------------------------------------------- solve
 
