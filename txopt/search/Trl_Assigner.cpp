@@ -18,6 +18,7 @@
 #include "propagation/Trl_XiaBertoni.h"
 #include "raster/Trl_Terrain.h"
 #include "search/Trl_RunningStats.h"
+#include "search/Trl_WorkerThread.h"
 #include "toolkit/error.h"
 #include "toolkit/matrix.h"
 
@@ -437,13 +438,14 @@ bool Trl_Assigner::fill_simple_gains(const tk::list<Trl_Tx>& tx_list,
   };
   const long long pairs = static_cast<long long>(tx_count) * rx_count;
   const bool parallel = parallel_fill && tx_count >= 2 && pairs >= 20000;
-  std::thread helper;
-  if (parallel) helper = std::thread(second);
+  // The kept worker of the uplink sweeps, which is mostly awake after a sweep or a fill:
+  // starting a thread of its own cost 100 - 150 us here, a sixth of the table of 40 x 10,000.
+  const bool shared = parallel && Trl_WorkerThread::shared().start(second);
   const bool numbered = gather_columns(rx_list);
   columns.store(numbered ? 1 : -1, std::memory_order_release);
-  if (parallel) {
+  if (shared) {
     if (numbered) take_rows();
-    helper.join();
+    Trl_WorkerThread::shared().wait();
   } else {
     second();
   }
