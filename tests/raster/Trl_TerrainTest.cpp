@@ -335,44 +335,36 @@ TEST_F(TerrainFolder, JoinsTheRastersWithTheirCellShift) {
 }
 
 TEST_F(TerrainFolder, MissingOrMisfitClutterLeavesNoTerrain) {
-  write_map(path("alone.map"), 10, 10, pattern, "xlc 0 ylc 0 gridsize 5 minimum 0 maximum 999");
+  // Heights at 5 m from (0, 0) against each clutter file; rasters too far apart for a shift
+  // in int cells, and rasters of spacing 0, share no cell.
+  struct Case {
+    const char* stem;
+    const char* map_spacing;
+    double urb_x0, urb_spacing;
+    bool with_urb;
+    std::vector<std::string> said;
+  };
+  const std::string apart = "Terrain and clutter do not overlap.";
+  const Case cases[] = {
+      {"alone", "5", 0, 5, false, {apart}},
+      {"other", "5", 0, 4, true, {"Terrain and clutter differ in grid spacing.", apart}},
+      {"far", "5", 1000, 5, true, {apart}},
+      {"huge", "5", 1e300, 5, true, {apart}},
+      {"tiny", "5", -1e300, 5, true, {apart}},
+      {"flat", "0", 0, 0, true, {apart}},
+  };
   Trl_Terrain t;
   testing::internal::CaptureStdout();
-  t.load(drive_path("alone.map"), say());
-  EXPECT_FALSE(t.loaded());
-  EXPECT_EQ(said, (std::vector<std::string>{"Terrain and clutter do not overlap."}));
-
-  said.clear();
-  write_map(path("other.map"), 10, 10, pattern, "xlc 0 ylc 0 gridsize 5 minimum 0 maximum 999");
-  write_urb("other.urb", 0, 0, 4, 10, 10);
-  t.load(drive_path("other.map"), say());
-  EXPECT_FALSE(t.loaded());
-  EXPECT_EQ(said, (std::vector<std::string>{"Terrain and clutter differ in grid spacing.",
-                                            "Terrain and clutter do not overlap."}));
-
-  said.clear();
-  write_map(path("far.map"), 10, 10, pattern, "xlc 0 ylc 0 gridsize 5 minimum 0 maximum 999");
-  write_urb("far.urb", 1000, 0, 5, 10, 10);
-  t.load(drive_path("far.map"), say());
-  EXPECT_FALSE(t.loaded());
-  EXPECT_EQ(said, (std::vector<std::string>{"Terrain and clutter do not overlap."}));
-
-  // Rasters too far apart for a shift in int cells, and rasters of spacing 0, share no cell.
-  for (double x0 : {1e300, -1e300}) {
+  for (const Case& c : cases) {
     said.clear();
-    write_urb("huge.urb", x0, 0, 5, 10, 10);
-    write_map(path("huge.map"), 10, 10, pattern, "xlc 0 ylc 0 gridsize 5 minimum 0 maximum 999");
-    t.load(drive_path("huge.map"), say());
-    EXPECT_FALSE(t.loaded());
-    EXPECT_EQ(said, (std::vector<std::string>{"Terrain and clutter do not overlap."}));
+    const std::string stem = c.stem;
+    write_map(path((stem + ".map").c_str()), 10, 10, pattern,
+              std::string("xlc 0 ylc 0 gridsize ") + c.map_spacing + " minimum 0 maximum 999");
+    if (c.with_urb) write_urb((stem + ".urb").c_str(), c.urb_x0, 0, c.urb_spacing, 10, 10);
+    t.load(drive_path((stem + ".map").c_str()), say());
+    EXPECT_FALSE(t.loaded()) << stem;
+    EXPECT_EQ(said, c.said) << stem;
   }
-  said.clear();
-  write_map(path("flat.map"), 10, 10, pattern, "xlc 0 ylc 0 gridsize 0 minimum 0 maximum 999");
-  write_urb("flat.urb", 0, 0, 0, 10, 10);
-  t.load(drive_path("flat.map"), say());
-  EXPECT_FALSE(t.loaded());
-  EXPECT_EQ(said, (std::vector<std::string>{"Terrain and clutter do not overlap."}));
-
   said.clear();
   t.load(drive_path("nothing.map"), say());  // no height file: nothing is said
   testing::internal::GetCapturedStdout();
